@@ -61,6 +61,7 @@ EFFECTS_EXTERN_C_END
 #include "effects/convert.h"
 #include "effects/hdr.h"
 #include "effects/composite.h"
-#include "effects/adjust.h"
+#include "effects/tonal.h"
+#include "effects/colour.h"
 
 #endif
