@@ -1,2 +1,100 @@
+// A small host: loads the library by file name, makes a picture, runs
+// exports on copies of it and writes each result as a PNG.
+//   demo_host <path to libEffects.so> <output folder>
+#include <cmath>
 #include <cstdio>
-int main() { std::puts("demo"); }
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host_support.h"
+
+namespace {
+
+using host::Library;
+using host::Picture32;
+
+// A test card: colour ramps, a grey wedge and a round selection in the mask.
+Picture32 makeCard(int w, int h) {
+  Picture32 pic(w, h);
+  for (int y = 0; y < h; ++y) {
+    for (int x = 0; x < w; ++x) {
+      Pixel32& p = pic.pixels[static_cast<size_t>(y) * w + x];
+      if (y < h * 3 / 4) {
+        p.red = static_cast<uint8_t>(255 * x / (w - 1));
+        p.green = static_cast<uint8_t>(255 * y / (h * 3 / 4));
+        p.blue = static_cast<uint8_t>(255 - 255 * x / (w - 1));
+      } else {
+        p.red = p.green = p.blue = static_cast<uint8_t>((x * 8 / w) * 255 / 7);
+      }
+      const double dx = x - w / 2.0, dy = y - h / 2.0;
+      const double r = std::sqrt(dx * dx + dy * dy) / (h / 2.5);
+      p.mask = static_cast<uint8_t>(r >= 1.0 ? 0 : 255 * (1.0 - r * r));
+    }
+  }
+  return pic;
+}
+
+struct Demo {
+  const Library& lib;
+  std::string out;
+  const Picture32& card;
+  int written = 0;
+
+  void save(const std::string& name, const Picture32& pic, const std::string& what) {
+    host::writePng(out + "/" + name + ".png", pic);
+    std::printf("  %-28s %s\n", (name + ".png").c_str(), what.c_str());
+    ++written;
+  }
+  // Runs fn on a copy of the card and saves the result.
+  void step(const std::string& name, const std::string& what, const std::function<void(Picture32&)>& fn) {
+    Picture32 pic = card;
+    fn(pic);
+    save(name, pic, what);
+  }
+};
+
+using Fn1 = int32_t(EFFECTS_CALL*)(int32_t, Pixel32*);
+using FnInvert = int32_t(EFFECTS_CALL*)(int32_t, Pixel32*, int32_t);
+using FnNew = int32_t(EFFECTS_CALL*)(int32_t, Pixel32*, uint8_t, uint8_t, uint8_t, uint8_t);
+
+void buffers(Demo& d) {
+  auto invert = d.lib.get<FnInvert>("VexoInvert32");
+  auto maskToImage = d.lib.get<Fn1>("Vexo32MasktoImageDIB");
+  auto invertMask = d.lib.get<Fn1>("VexoInvertMask32");
+  auto newPicture = d.lib.get<FnNew>("VexoNewPicture32");
+  d.step("invert", "VexoInvert32, all channels", [&](Picture32& p) { invert(p.elementCount(), p.pixels.data(), 1); });
+  d.step("invert-red", "VexoInvert32, red only", [&](Picture32& p) { invert(p.elementCount(), p.pixels.data(), 2); });
+  d.step("mask", "Vexo32MasktoImageDIB: the selection as a grey image", [&](Picture32& p) {
+    maskToImage(p.elementCount(), p.pixels.data());
+  });
+  d.step("mask-inverted", "VexoInvertMask32, then the mask as an image", [&](Picture32& p) {
+    invertMask(p.elementCount(), p.pixels.data());
+    maskToImage(p.elementCount(), p.pixels.data());
+  });
+  d.step("new-picture", "VexoNewPicture32(red 255, green 128, blue 0)", [&](Picture32& p) {
+    newPicture(p.elementCount(), p.pixels.data(), 255, 128, 0, 255);
+  });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 3) {
+    std::fprintf(stderr, "usage: %s <library file> <output folder>\n", argv[0]);
+    return 2;
+  }
+  try {
+    Library lib(argv[1]);
+    const Picture32 card = makeCard(320, 240);
+    Demo d{lib, argv[2], card};
+    std::printf("writing to %s:\n", argv[2]);
+    d.save("card", card, "the test card the others start from");
+    buffers(d);
+    std::printf("%d pictures written\n", d.written);
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "demo_host: %s\n", e.what());
+    return 1;
+  }
+  return 0;
+}
