@@ -26,18 +26,9 @@ TEST(ConvertWhole, EightToSixteenBitNeverReachesFull) {
   std::vector<Pixel64> c{{32767, 32640, 127, 128}};
   EXPECT_EQ(Convert64to32Fast(4, a.data(), c.data()), 4);
   EXPECT_EQ(a[0].blue, 255); EXPECT_EQ(a[0].green, 255); EXPECT_EQ(a[0].red, 0); EXPECT_EQ(a[0].mask, 1);
-}
-
-TEST(ConvertWhole, ScreenFormForcesOpaqueMaskAndAnswersZero) {
-  auto wide = pattern64(5);
-  std::vector<Pixel32> fast(5), screen(5);
-  EXPECT_EQ(Convert64to32Fast(20, fast.data(), wide.data()), 20);
-  EXPECT_EQ(Convert64to32Screen(20, screen.data(), wide.data()), 0);
-  for (size_t i = 0; i < 5; ++i) {
-    EXPECT_EQ(screen[i].mask, 255);
-    EXPECT_EQ(fast[i].mask, wide[i].mask >> 7);
-    EXPECT_EQ(screen[i].red, fast[i].red); EXPECT_EQ(screen[i].blue, wide[i].blue >> 7);
-  }
+  // The screen form writes an opaque mask and answers 0.
+  EXPECT_EQ(Convert64to32Screen(4, a.data(), c.data()), 0);
+  EXPECT_EQ(a[0].blue, 255); EXPECT_EQ(a[0].red, 0); EXPECT_EQ(a[0].mask, 255);
 }
 
 TEST(ConvertWhole, RoundTripsThroughWiderLayouts) {
