@@ -1,0 +1,249 @@
+// Conversions between the three pixel layouts and to and from the 3-channel
+// buffers of the file codecs. Each export is one pass (the black-point lock
+// needs two). Several conversions are deliberately uneven: 8 -> 16 bit is a
+// shift that never reaches 32767, float -> 8 bit saturates above 254/255, and
+// the 48-bit import rescales blue alone. Hosts compare the results byte for
+// byte, so these stay as they are.
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+#include "core/layout.h"
+#include "core/numeric.h"
+#include "core/rgbe.h"
+
+namespace effects {
+namespace {
+
+// Converts every element of ((n - 1) >> 2) + 1 pixels from one buffer into the
+// other; nothing happens for a count below 1.
+template <class Dst, class Src, class F>
+inline void convertPixels(int32_t elementCount, Dst* dst, const Src* src, F&& f) {
+  if (elementCount < 1) return;
+  const uint32_t n = pixelsFor(elementCount);
+  for (uint32_t i = 0; i < n; ++i) f(dst[i], src[i]);
+}
+
+// The row walk of the width/height conversions: `height` rows of `width`
+// pixels, packed; f receives the pixel index. A height below 1 stops at once,
+// a width below 1 walks the rows and converts nothing.
+template <class F>
+inline void forEachRowPixel(int32_t width, int32_t height, F&& f) {
+  if (height < 1) return;
+  const std::size_t w = width > 0 ? static_cast<std::size_t>(width) : 0;
+  for (int32_t y = 0; y < height; ++y) {
+    const std::size_t row = static_cast<std::size_t>(y) * w;
+    for (std::size_t x = 0; x < w; ++x) f(row + x);
+  }
+}
+
+// 16 -> 8 bit keeps the top eight of the fifteen bits. A value above 32767
+// (outside the layout) keeps the low byte of its shift.
+inline uint8_t narrow16to8(uint16_t x) { return static_cast<uint8_t>(x >> 7); }
+
+// 8 -> 16 bit is (x * 256) >> 1: 255 becomes 32640, never 32767.
+inline uint16_t widen8to16(uint8_t x) { return static_cast<uint16_t>(x * 128u); }
+
+inline float widen8toFloat(uint8_t x) { return static_cast<float>(x * 0.00392156862745098); }
+
+// The element is read as signed, so a stored value above 32767 gives a
+// negative float.
+inline float widen16toFloat(uint16_t x) {
+  return static_cast<float>(static_cast<int16_t>(x) * 3.051850947599719e-5);
+}
+
+// Truncation toward zero (not rounding): 0.99999 gives 32766. NaN and
+// products beyond the 32-bit range truncate to the most negative integer,
+// which the clamp turns into 0.
+inline uint16_t narrowFloatTo16(float x) {
+  return static_cast<uint16_t>(clampTo<int32_t>(truncToInt32(x * 32767.0), 0, 32767));
+}
+
+// x * 32767 clamped to the layout's range, then rounded to nearest even. NaN
+// gives 0.
+inline uint16_t quantizeTo15(float x) {
+  const double v = x * 32767.0;
+  if (!(v > 0.0)) return 0;
+  return roundLowWord(v > 32767.0 ? 32767.0 : v);
+}
+
+// 1/2.2: the display gamma of the HDR imports, raised in double precision.
+constexpr double kInverseGamma = 0.45454545454545453;
+inline float gammaOf(double x) { return static_cast<float>(std::pow(x, kInverseGamma)); }
+
+// Blue of the 48-bit import: the signed word scaled from 0..65535 onto
+// 0..32767, then only the low eight bits of its rounding are kept.
+inline uint16_t importBlue48(uint16_t word) {
+  const double v = static_cast<int16_t>(word) * 1.5259021896696422e-5 * 32767.0;
+  if (v > 32767.0) return 32767;
+  if (v < 1.0) return 0;
+  return roundLowByte(v);
+}
+
+void lockBlackPoint(int32_t elementCount, Pixel32* dst, const Pixel128* src) {
+  if (elementCount < 1) return;
+  const uint32_t n = pixelsFor(elementCount);
+  // The darkest colour value, but never above 0: a buffer without negative
+  // values converts exactly as the plain conversion does. The mask is not
+  // looked at, and a NaN never wins the comparison.
+  float black = 0.0f;
+  for (uint32_t i = 0; i < n; ++i) {
+    const Pixel128& p = src[i];
+    if (p.blue < black) black = p.blue;
+    if (p.green < black) black = p.green;
+    if (p.red < black) black = p.red;
+  }
+  for (uint32_t i = 0; i < n; ++i) {
+    const Pixel128& p = src[i];
+    dst[i] = Pixel32{Q8(p.blue - black), Q8(p.green - black), Q8(p.red - black), Q8(p.mask)};
+  }
+}
+
+// RGBE pixels (red, green, blue mantissa, shared exponent) into float pixels
+// with the display gamma applied. The walk covers width * 4 * height bytes,
+// computed in 32-bit arithmetic as the size convention does. Red and green
+// are stored as floats before their power is taken; blue goes straight in.
+void importRgbe(int32_t width, int32_t height, Pixel128* dst, const uint8_t* rgbe) {
+  if (height < 1) return;
+  const int32_t bytes = elementsOf(static_cast<uint32_t>(width), static_cast<uint32_t>(height));
+  if (bytes < 1) return;
+  const uint32_t n = static_cast<uint32_t>(bytes) / 4u;
+  for (uint32_t i = 0; i < n; ++i) {
+    const uint8_t* q = rgbe + static_cast<std::size_t>(i) * 4u;
+    const double s = rgbeScale(q[3]);
+    Pixel128& p = dst[i];
+    p.red = static_cast<float>(q[0] * s);
+    p.green = static_cast<float>(q[1] * s);
+    p.blue = gammaOf(s * q[2]);
+    p.green = gammaOf(p.green);
+    p.red = gammaOf(p.red);
+  }
+}
+
+}  // namespace
+}  // namespace effects
+
+using namespace effects;
+
+extern "C" {
+
+EFFECTS_API int32_t EFFECTS_CALL Convert64to32Fast(int32_t n, Pixel32* dst, const Pixel64* src) {
+  convertPixels(n, dst, src, [](Pixel32& d, const Pixel64& s) {
+    d = Pixel32{narrow16to8(s.blue), narrow16to8(s.green), narrow16to8(s.red), narrow16to8(s.mask)};
+  });
+  return n;
+}
+
+EFFECTS_API int32_t EFFECTS_CALL Convert64to32Screen(int32_t n, Pixel32* dst, const Pixel64* src) {
+  convertPixels(n, dst, src, [](Pixel32& d, const Pixel64& s) {
+    d = Pixel32{narrow16to8(s.blue), narrow16to8(s.green), narrow16to8(s.red), 255};
+  });
+  return 0;
+}
+
+EFFECTS_API int32_t EFFECTS_CALL Convert32to64Fast(int32_t n, const Pixel32* src, Pixel64* dst) {
+  convertPixels(n, dst, src, [](Pixel64& d, const Pixel32& s) {
+    d = Pixel64{widen8to16(s.blue), widen8to16(s.green), widen8to16(s.red), widen8to16(s.mask)};
+  });
+  return n;
+}
+
+EFFECTS_API int32_t EFFECTS_CALL Convert32to128Fast(int32_t n, const Pixel32* src, Pixel128* dst) {
+  convertPixels(n, dst, src, [](Pixel128& d, const Pixel32& s) {
+    d = Pixel128{widen8toFloat(s.blue), widen8toFloat(s.green), widen8toFloat(s.red), widen8toFloat(s.mask)};
+  });
+  return n;
+}
+
+EFFECTS_API int32_t EFFECTS_CALL Convert64to128Fast(int32_t n, const Pixel64* src, Pixel128* dst) {
+  convertPixels(n, dst, src, [](Pixel128& d, const Pixel64& s) {
+    d = Pixel128{widen16toFloat(s.blue), widen16toFloat(s.green), widen16toFloat(s.red), widen16toFloat(s.mask)};
+  });
+  return n;
+}
+
+EFFECTS_API int32_t EFFECTS_CALL Convert128to64Fast(int32_t n, Pixel64* dst, const Pixel128* src) {
+  convertPixels(n, dst, src, [](Pixel64& d, const Pixel128& s) {
+    d = Pixel64{narrowFloatTo16(s.blue), narrowFloatTo16(s.green), narrowFloatTo16(s.red), narrowFloatTo16(s.mask)};
+  });
+  return n;
+}
+
+EFFECTS_API int32_t EFFECTS_CALL Convert128to32Fast(int32_t n, Pixel32* dst, const Pixel128* src) {
+  convertPixels(n, dst, src, [](Pixel32& d, const Pixel128& s) {
+    d = Pixel32{Q8(s.blue), Q8(s.green), Q8(s.red), Q8(s.mask)};
+  });
+  return n;
+}
+
+EFFECTS_API int32_t EFFECTS_CALL Convert128to32Lock(int32_t n, Pixel32* dst, const Pixel128* src) {
+  lockBlackPoint(n, dst, src);
+  return n;
+}
+
+// The 3-channel buffers hold red, green, blue: the reverse of the pixel order.
+
+EFFECTS_API int32_t EFFECTS_CALL Convert32BIT_4to3ChannelsFast(int32_t width, int32_t height, const Pixel32* src, uint8_t* rgb) {
+  forEachRowPixel(width, height, [=](std::size_t i) {
+    rgb[3 * i] = src[i].red; rgb[3 * i + 1] = src[i].green; rgb[3 * i + 2] = src[i].blue;
+  });
+  return 0;
+}
+
+// Doubling in 16-bit arithmetic: 32767 becomes 65534, larger values wrap.
+EFFECTS_API int32_t EFFECTS_CALL Convert15BITto16BITFast(int32_t width, int32_t height, const Pixel64* src, uint16_t* rgb) {
+  forEachRowPixel(width, height, [=](std::size_t i) {
+    rgb[3 * i] = static_cast<uint16_t>(src[i].red * 2u);
+    rgb[3 * i + 1] = static_cast<uint16_t>(src[i].green * 2u);
+    rgb[3 * i + 2] = static_cast<uint16_t>(src[i].blue * 2u);
+  });
+  return 0;
+}
+
+// Red and green are copied bit for bit, blue alone is rescaled (and cut to
+// eight bits); the destination mask keeps its value.
+EFFECTS_API int32_t EFFECTS_CALL Convert16BITto15BITFast(int32_t width, int32_t height, const uint16_t* rgb, Pixel64* dst) {
+  forEachRowPixel(width, height, [=](std::size_t i) {
+    dst[i].red = rgb[3 * i];
+    dst[i].green = rgb[3 * i + 1];
+    dst[i].blue = importBlue48(rgb[3 * i + 2]);
+  });
+  return 0;
+}
+
+EFFECTS_API int32_t EFFECTS_CALL Convert32BITto24BITFast(int32_t width, int32_t height, const Pixel128* src, float* rgb) {
+  forEachRowPixel(width, height, [=](std::size_t i) {
+    rgb[3 * i] = src[i].red; rgb[3 * i + 1] = src[i].green; rgb[3 * i + 2] = src[i].blue;
+  });
+  return 0;
+}
+
+EFFECTS_API int32_t EFFECTS_CALL Convert128BIT_3to4ChannelsFast(int32_t width, int32_t height, Pixel128* dst, const float* rgb) {
+  forEachRowPixel(width, height, [=](std::size_t i) {
+    dst[i].red = rgb[3 * i]; dst[i].green = rgb[3 * i + 1]; dst[i].blue = rgb[3 * i + 2];
+  });
+  return 0;
+}
+
+// This triple is already in pixel order (blue, green, red); the mask becomes
+// fully selected.
+EFFECTS_API int32_t EFFECTS_CALL Convertfloat3xto64(int32_t width, int32_t height, Pixel64* dst, const float* bgr) {
+  forEachRowPixel(width, height, [=](std::size_t i) {
+    dst[i] = Pixel64{quantizeTo15(bgr[3 * i]), quantizeTo15(bgr[3 * i + 1]), quantizeTo15(bgr[3 * i + 2]), 32767};
+  });
+  return 0;
+}
+
+EFFECTS_API int32_t EFFECTS_CALL Convert128HDRFast(int32_t width, int32_t height, Pixel128* dst, const float* rgb, int32_t /*reserved*/) {
+  forEachRowPixel(width, height, [=](std::size_t i) {
+    dst[i].red = gammaOf(rgb[3 * i]); dst[i].green = gammaOf(rgb[3 * i + 1]); dst[i].blue = gammaOf(rgb[3 * i + 2]);
+  });
+  return 0;
+}
+
+EFFECTS_API int32_t EFFECTS_CALL Convert128HDRRAWFast(int32_t width, int32_t height, Pixel128* dst, const uint8_t* rgbe, int32_t /*reserved*/) {
+  importRgbe(width, height, dst, rgbe);
+  return 0;
+}
+
+}  // extern "C"

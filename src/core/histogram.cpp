@@ -1,0 +1,196 @@
+// Histograms and dynamic range: 256-bin histograms of luminance or of one
+// element, and the smallest, largest, smallest non-zero value and sum of the
+// measured values. The pixels are only read.
+//
+// The caller zeroes the histogram; these exports only add to it, so
+// successive calls accumulate. The statistics are reset on entry (before the
+// count is looked at), except the non-zero minimum, which only the float
+// dynamic range resets: elsewhere it keeps whatever the caller left in it.
+#include <cstdint>
+#include <type_traits>
+
+#include "core/layout.h"
+#include "core/numeric.h"
+
+namespace effects {
+namespace {
+
+// Luminance weights, applied in this order in double precision.
+template <class T>
+inline double luminance(T red, T green, T blue) {
+  return 0.2125 * red + 0.7154 * green + 0.0721 * blue;
+}
+
+// The running statistics, kept in locals for the pass and stored once at the
+// end. The outputs are floats, and every comparison is strict.
+struct Statistics {
+  float* minimumOut;
+  float* maximumOut;
+  float* minimumNonZeroOut;  // null where the export has no non-zero minimum
+  float* sumOut;
+  float minimum = 1e10f, maximum = 1e-10f, minimumNonZero = 0.0f, sum = 0.0f;
+
+  // Resets the outputs. resetNonZero says whether the non-zero minimum starts
+  // afresh too; otherwise it continues from the caller's value.
+  Statistics(float* mn, float* mx, float* nz, float* s, bool resetNonZero)
+      : minimumOut(mn), maximumOut(mx), minimumNonZeroOut(nz), sumOut(s) {
+    if (nz != nullptr) {
+      if (resetNonZero) *nz = 1e10f;
+      minimumNonZero = *nz;
+    }
+    flush();
+  }
+
+  // v is whatever the export measures: a bin number, a float element or a
+  // double luminance. The sum is formed in v's precision and stored as float.
+  template <class V>
+  void add(V v) {
+    if (v < minimum) minimum = static_cast<float>(v);
+    if (v < minimumNonZero && v != 0) minimumNonZero = static_cast<float>(v);
+    if (v > maximum) maximum = static_cast<float>(v);
+    sum = static_cast<float>(sum + v);
+  }
+
+  void flush() const {
+    *minimumOut = minimum;
+    *maximumOut = maximum;
+    if (minimumNonZeroOut != nullptr) *minimumNonZeroOut = minimumNonZero;
+    *sumOut = sum;
+  }
+};
+
+// A statistics sink for the float histogram, which measures nothing.
+struct NoStatistics {
+  template <class V>
+  void add(V) {}
+  void flush() const {}
+};
+
+template <class P, class Measure>
+void walk(int32_t elementCount, const P* px, Measure&& measure) {
+  if (elementCount < 1) return;
+  const uint32_t n = pixelsFor(elementCount);
+  for (uint32_t i = 0; i < n; ++i) measure(px[i]);
+}
+
+// Luminance histograms. 8 bit: the bytes on their own 0..255 scale. 16 bit:
+// the elements read as signed, brought onto 0..255 by 1/128. Float: 1.0 is
+// bin 255's white. The 8- and 16-bit forms feed the bin number into the
+// statistics; the float form deliberately computes none.
+template <class L, class S>
+void luminanceHistogram(int32_t elementCount, const typename L::Pixel* px, float* histogram, S& stats) {
+  walk(elementCount, px, [&](const typename L::Pixel& p) {
+    double y;
+    if constexpr (std::is_same_v<L, Layout32>) {
+      y = luminance<double>(p.red, p.green, p.blue);
+    } else if constexpr (std::is_same_v<L, Layout64>) {
+      y = luminance<double>(static_cast<int16_t>(p.red), static_cast<int16_t>(p.green),
+                            static_cast<int16_t>(p.blue)) * 0.0078125;
+    } else {
+      y = luminance<double>(p.red, p.green, p.blue) * 255.0;
+    }
+    const uint8_t bin = quantize255(y);
+    histogram[bin] += 1.0f;
+    stats.add(static_cast<int32_t>(bin));
+  });
+  stats.flush();
+}
+
+// The element a channel offset names (0 blue, 1 green, 2 red, 3 mask), chosen
+// once per call. Only the two low bits count, so no offset reaches outside
+// the pixel.
+template <class P>
+auto elementMember(uint8_t channelOffset) {
+  using E = decltype(P::blue);
+  constexpr E P::* members[4] = {&P::blue, &P::green, &P::red, &P::mask};
+  return members[channelOffset & 3u];
+}
+
+// Histogram of one element. The 16-bit element is read unsigned here. The
+// float form raises the value to at least 1e-8 and feeds that value, not its
+// bin, into the statistics.
+template <class L>
+void channelHistogram(int32_t elementCount, const typename L::Pixel* px, float* histogram,
+                      Statistics& stats, uint8_t channelOffset) {
+  const auto member = elementMember<typename L::Pixel>(channelOffset);
+  walk(elementCount, px, [&](const typename L::Pixel& p) {
+    const auto x = p.*member;
+    if constexpr (std::is_same_v<L, Layout128>) {
+      const float v = x > 1e-8 ? x : static_cast<float>(1e-8);
+      histogram[quantize255(v * 255.0)] += 1.0f;
+      stats.add(v);
+    } else {
+      const uint8_t bin = std::is_same_v<L, Layout32> ? x : quantize255(x * 0.0078125);
+      histogram[bin] += 1.0f;
+      stats.add(static_cast<int32_t>(bin));
+    }
+  });
+  stats.flush();
+}
+
+// Dynamic range: the unquantised luminance on the layout's own scale (the
+// 16-bit elements unsigned and unscaled). The float form floors it at 1e-8,
+// so its minimum and non-zero minimum agree.
+template <class L>
+void dynamicRange(int32_t elementCount, const typename L::Pixel* px, Statistics& stats) {
+  walk(elementCount, px, [&](const typename L::Pixel& p) {
+    const double y = luminance<double>(p.red, p.green, p.blue);
+    if constexpr (std::is_same_v<L, Layout128>) {
+      stats.add(y > 1e-8 ? y : 1e-8);
+    } else {
+      stats.add(y);
+    }
+  });
+  stats.flush();
+}
+
+template <class L>
+int32_t histogramOf(int32_t n, const typename L::Pixel* px, float* hist, float* mn, float* mx, float* nz, float* sum) {
+  if constexpr (std::is_same_v<L, Layout128>) {
+    Statistics reset(mn, mx, nullptr, sum, false);
+    NoStatistics none;
+    luminanceHistogram<L>(n, px, hist, none);
+  } else {
+    Statistics stats(mn, mx, nz, sum, false);
+    luminanceHistogram<L>(n, px, hist, stats);
+  }
+  return n;
+}
+
+template <class L>
+int32_t channelHistogramOf(int32_t n, const typename L::Pixel* px, float* hist, float* mn, float* mx, float* nz, float* sum,
+                           uint8_t channelOffset) {
+  Statistics stats(mn, mx, nz, sum, false);
+  channelHistogram<L>(n, px, hist, stats, channelOffset);
+  return n;
+}
+
+template <class L>
+int32_t dynamicRangeOf(int32_t n, const typename L::Pixel* px, float* mn, float* mx, float* nz, float* sum) {
+  Statistics stats(mn, mx, nz, sum, nz != nullptr);
+  dynamicRange<L>(n, px, stats);
+  return n;
+}
+
+}  // namespace
+}  // namespace effects
+
+using namespace effects;
+
+extern "C" {
+
+EFFECTS_API int32_t EFFECTS_CALL Histogram32Fast(int32_t n, const Pixel32* px, float* hist, float* mn, float* mx, float* nz, float* sum) { return histogramOf<Layout32>(n, px, hist, mn, mx, nz, sum); }
+EFFECTS_API int32_t EFFECTS_CALL Histogram64Fast(int32_t n, const Pixel64* px, float* hist, float* mn, float* mx, float* nz, float* sum) { return histogramOf<Layout64>(n, px, hist, mn, mx, nz, sum); }
+EFFECTS_API int32_t EFFECTS_CALL Histogram128Fast(int32_t n, const Pixel128* px, float* hist, float* mn, float* mx, float* nz, float* sum) { return histogramOf<Layout128>(n, px, hist, mn, mx, nz, sum); }
+
+EFFECTS_API int32_t EFFECTS_CALL HistogramChannel32Fast(int32_t n, const Pixel32* px, float* hist, float* mn, float* mx, float* nz, float* sum, uint8_t channelOffset) { return channelHistogramOf<Layout32>(n, px, hist, mn, mx, nz, sum, channelOffset); }
+EFFECTS_API int32_t EFFECTS_CALL HistogramChannel64Fast(int32_t n, const Pixel64* px, float* hist, float* mn, float* mx, float* nz, float* sum, uint8_t channelOffset) { return channelHistogramOf<Layout64>(n, px, hist, mn, mx, nz, sum, channelOffset); }
+EFFECTS_API int32_t EFFECTS_CALL HistogramChannel128Fast(int32_t n, const Pixel128* px, float* hist, float* mn, float* mx, float* nz, float* sum, uint8_t channelOffset) { return channelHistogramOf<Layout128>(n, px, hist, mn, mx, nz, sum, channelOffset); }
+
+// The 8- and 16-bit dynamic range has no non-zero minimum: its third output is
+// reserved and left alone.
+EFFECTS_API int32_t EFFECTS_CALL DynamicRange32Fast(int32_t n, const Pixel32* px, float* mn, float* mx, float* /*reserved*/, float* sum) { return dynamicRangeOf<Layout32>(n, px, mn, mx, nullptr, sum); }
+EFFECTS_API int32_t EFFECTS_CALL DynamicRange64Fast(int32_t n, const Pixel64* px, float* mn, float* mx, float* /*reserved*/, float* sum) { return dynamicRangeOf<Layout64>(n, px, mn, mx, nullptr, sum); }
+EFFECTS_API int32_t EFFECTS_CALL DynamicRange128Fast(int32_t n, const Pixel128* px, float* mn, float* mx, float* nz, float* sum) { return dynamicRangeOf<Layout128>(n, px, mn, mx, nz, sum); }
+
+}  // extern "C"
