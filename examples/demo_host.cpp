@@ -1,6 +1,7 @@
 // A small host: loads the library by file name, makes a picture, runs
 // exports on copies of it and writes each result as a PNG.
 //   demo_host <path to libEffects.so> <output folder>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -77,6 +78,62 @@ void buffers(Demo& d) {
   });
 }
 
+using FnTo64 = int32_t(EFFECTS_CALL*)(int32_t, const Pixel32*, Pixel64*);
+using FnFrom64 = int32_t(EFFECTS_CALL*)(int32_t, Pixel32*, const Pixel64*);
+using FnTo128 = int32_t(EFFECTS_CALL*)(int32_t, const Pixel32*, Pixel128*);
+using FnFrom128 = int32_t(EFFECTS_CALL*)(int32_t, Pixel32*, const Pixel128*);
+using FnHistogram = int32_t(EFFECTS_CALL*)(int32_t, const Pixel32*, float*, float*, float*, float*, float*);
+
+// Counts the elements that differ between two pictures of the same size.
+size_t differingElements(const Picture32& a, const Picture32& b) {
+  size_t n = 0;
+  for (size_t i = 0; i < a.pixels.size(); ++i) {
+    const Pixel32 &p = a.pixels[i], &q = b.pixels[i];
+    n += (p.blue != q.blue) + (p.green != q.green) + (p.red != q.red) + (p.mask != q.mask);
+  }
+  return n;
+}
+
+void conversions(Demo& d) {
+  auto to64 = d.lib.get<FnTo64>("Convert32to64Fast");
+  auto from64 = d.lib.get<FnFrom64>("Convert64to32Fast");
+  auto to128 = d.lib.get<FnTo128>("Convert32to128Fast");
+  auto from128 = d.lib.get<FnFrom128>("Convert128to32Fast");
+  const int32_t n = d.card.elementCount();
+
+  std::vector<Pixel64> wide(d.card.pixels.size());
+  Picture32 back = d.card;
+  to64(n, d.card.pixels.data(), wide.data());
+  from64(n, back.pixels.data(), wide.data());
+  std::printf("  round trip 8 -> 16 -> 8 bit: %zu of %d elements differ\n", differingElements(d.card, back), n);
+
+  std::vector<Pixel128> hdr(d.card.pixels.size());
+  to128(n, d.card.pixels.data(), hdr.data());
+  from128(n, back.pixels.data(), hdr.data());
+  std::printf("  round trip 8 -> float -> 8 bit: %zu of %d elements differ "
+              "(254 comes back as 255: the quantiser saturates above 254)\n",
+              differingElements(d.card, back), n);
+  d.save("roundtrip-float", back, "Convert32to128Fast then Convert128to32Fast");
+}
+
+void histogram(Demo& d) {
+  auto hist = d.lib.get<FnHistogram>("Histogram32Fast");
+  std::vector<float> bins(256, 0.0f);
+  float mn = 0, mx = 0, nz = 1e10f, sum = 0;
+  hist(d.card.elementCount(), d.card.pixels.data(), bins.data(), &mn, &mx, &nz, &sum);
+  const double pixels = static_cast<double>(d.card.pixels.size());
+  std::printf("  luminance histogram of the card: min %.0f, max %.0f, smallest non-zero %.0f, mean %.2f\n", mn, mx,
+              nz, sum / pixels);
+  std::printf("  16 groups of bins: ");
+  const char* shades = " .:-=+*#%@";
+  for (int g = 0; g < 16; ++g) {
+    double c = 0;
+    for (int b = g * 16; b < g * 16 + 16; ++b) c += bins[b];
+    std::printf("%c", shades[std::min(9, static_cast<int>(c * 9 * 8 / pixels + 0.5))]);
+  }
+  std::printf("\n");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -91,6 +148,8 @@ int main(int argc, char** argv) {
     std::printf("writing to %s:\n", argv[2]);
     d.save("card", card, "the test card the others start from");
     buffers(d);
+    conversions(d);
+    histogram(d);
     std::printf("%d pictures written\n", d.written);
   } catch (const std::exception& e) {
     std::fprintf(stderr, "demo_host: %s\n", e.what());
