@@ -283,7 +283,7 @@ struct ReplaceKey {
 // key >= c - tolerance and key <= c + tolerance. The integer layouts compute
 // the bounds in 32-bit arithmetic, which wraps for extreme tolerances.
 template <class T>
-inline bool near(T key, T c, T tolerance) {
+inline bool within(T key, T c, T tolerance) {
   if constexpr (std::is_same_v<T, float>) {
     return key >= c - tolerance && key <= c + tolerance;
   } else {
@@ -306,8 +306,8 @@ void replaceColour(int32_t n, typename L::Pixel* px, uint32_t match, uint32_t re
     tol = tolerance;
   }
   forEachPixel(n, px, [&](typename L::Pixel& p) {
-    if (!near<T>(key.red, p.red, tol) || !near<T>(key.green, p.green, tol) ||
-        !near<T>(key.blue, p.blue, tol))
+    if (!within<T>(key.red, p.red, tol) || !within<T>(key.green, p.green, tol) ||
+        !within<T>(key.blue, p.blue, tol))
       return;
     p.red = static_cast<E>(to.red);
     p.green = static_cast<E>(to.green);

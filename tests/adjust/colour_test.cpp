@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
+#include <initializer_list>
 #include <vector>
 
 #include "effects/effects.h"
@@ -12,12 +14,24 @@ namespace {
 
 constexpr uint32_t packed(uint32_t r, uint32_t g, uint32_t b) { return r | (g << 8) | (b << 16); }
 
+// Worked examples: one pixel in, the exact pixel out (floats bit for bit).
 template <class P>
-void expectBgr(const P& p, decltype(p.blue) b, decltype(p.blue) g, decltype(p.blue) r) {
-  EXPECT_EQ(p.blue, b);
-  EXPECT_EQ(p.green, g);
-  EXPECT_EQ(p.red, r);
+struct Example {
+  const char* what;
+  void (*run)(P*);
+  P in, out;
+};
+
+template <class P>
+void expectExamples(std::initializer_list<Example<P>> examples) {
+  for (const auto& e : examples) {
+    P p = e.in;
+    e.run(&p);
+    EXPECT_EQ(std::memcmp(&p, &e.out, sizeof(P)), 0)
+        << e.what << ": got " << +p.blue << ' ' << +p.green << ' ' << +p.red << ' ' << +p.mask;
+  }
 }
+#define ONE(call) [](auto* p) { call; }
 
 // Every export of the family, called with settings that change pixels, on a
 // buffer one pixel longer than the call covers: the extra pixel and every mask
@@ -73,171 +87,119 @@ TEST(ColourFrame, MaskAndBoundsKeptByEveryExport) {
                   pattern128);
 }
 
-TEST(Saturation, EightBitWeightsOver256) {
-  std::vector<Pixel32> px{{10, 20, 36, 77}, {100, 100, 100, 5}, {0, 0, 255, 9}};
-  const auto orig = px;
-  VexoSaturation32(12, px.data(), -300);  // limited to -255: the integer average
-  expectBgr(px[0], 22, 22, 22);
-  expectBgr(px[2], 85, 85, 85);
-  px = orig;
-  VexoSaturation32(12, px.data(), 0);
-  EXPECT_TRUE(sameBytes(px, orig));
-  // A grey pixel loses one level at +1 and -1: the weights sum to 255, not 256.
-  VexoSaturation32(12, px.data(), 1);
-  EXPECT_EQ(px[1].red, 99);
-  px = orig;
-  VexoSaturation32(12, px.data(), -1);
-  EXPECT_EQ(px[1].green, 99);
-  px = orig;
-  VexoSaturation32(12, px.data(), 255);  // blue (-21675) >> 8 = -85 -> 0; red 423 -> 255
-  expectBgr(px[0], 0, 17, 49);
-  expectBgr(px[2], 0, 0, 255);
-  auto a = pattern32(9), b = a;
-  VexoSaturation32(36, a.data(), 600);
-  VexoSaturation32(36, b.data(), 512);
-  EXPECT_TRUE(sameBytes(a, b));
+TEST(ColourExamples, EightBit) {
+  const uint32_t key = packed(200, 100, 50), to = packed(1, 2, 3);
+  expectExamples<Pixel32>({
+      {"saturation -300 acts as -255: the integer average", ONE(VexoSaturation32(4, p, -300)), {10, 20, 36, 7}, {22, 22, 22, 7}},
+      {"saturation +1 darkens grey: weights 255, divisor 256", ONE(VexoSaturation32(4, p, 1)), {100, 100, 100, 7}, {99, 99, 99, 7}},
+      {"saturation 255 clamps both ways", ONE(VexoSaturation32(4, p, 255)), {10, 20, 36, 7}, {0, 17, 49, 7}},
+      {"hue 100: b, r, b", ONE(VexoHue32(1, 1, p, 100)), {10, 0, 255, 7}, {10, 255, 10, 7}},
+      {"hue 25: weight trunc(25 x 5.12) = 128", ONE(VexoHue32(1, 1, p, 25)), {10, 0, 255, 7}, {10, 127, 255, 7}},
+      {"hue 175: r, mix(r, b), b", ONE(VexoHue32(1, 1, p, 175)), {10, 0, 255, 7}, {255, 131, 10, 7}},
+      {"hue 250: r, b, r", ONE(VexoHue32(1, 1, p, 250)), {0, 255, 40, 7}, {40, 0, 40, 7}},
+      {"hue 325: weight trunc(25 x 5.11) = 127", ONE(VexoHue32(1, 1, p, 325)), {0, 255, 40, 7}, {0, 126, 40, 7}},
+      {"filter 1 red", ONE(VexoColorFilter32(4, p, 1)), {9, 100, 51, 7}, {0, 0, 51, 7}},
+      {"filter 2 green", ONE(VexoColorFilter32(4, p, 2)), {9, 100, 51, 7}, {0, 100, 0, 7}},
+      {"filter 3 blue", ONE(VexoColorFilter32(4, p, 3)), {9, 100, 51, 7}, {9, 0, 0, 7}},
+      {"filter 4 yellow", ONE(VexoColorFilter32(4, p, 4)), {9, 100, 51, 7}, {0, 75, 75, 7}},
+      {"filter 5 magenta", ONE(VexoColorFilter32(4, p, 5)), {9, 100, 51, 7}, {30, 0, 30, 7}},
+      {"filter 6 cyan", ONE(VexoColorFilter32(4, p, 6)), {9, 100, 51, 7}, {54, 54, 0, 7}},
+      {"filter 7", ONE(VexoColorFilter32(4, p, 7)), {9, 100, 51, 7}, {9, 100, 51, 7}},
+      {"copy red", ONE(VexoRGBChannelFilter32(4, p, 2)), {1, 2, 3, 7}, {3, 3, 3, 7}},
+      {"copy green", ONE(VexoRGBChannelFilter32(4, p, 3)), {1, 2, 3, 7}, {2, 2, 2, 7}},
+      {"copy blue", ONE(VexoRGBChannelFilter32(4, p, 4)), {1, 2, 3, 7}, {1, 1, 1, 7}},
+      {"copy with selector 1", ONE(VexoRGBChannelFilter32(4, p, 1)), {1, 2, 3, 7}, {1, 2, 3, 7}},
+      {"swap 1", ONE(VexoColorSwitch32(4, p, 1)), {1, 2, 3, 7}, {3, 2, 1, 7}},
+      {"swap 2", ONE(VexoColorSwitch32(4, p, 2)), {1, 2, 3, 7}, {1, 3, 2, 7}},
+      {"swap 3", ONE(VexoColorSwitch32(4, p, 3)), {1, 2, 3, 7}, {2, 1, 3, 7}},
+      {"swap 4", ONE(VexoColorSwitch32(4, p, 4)), {1, 2, 3, 7}, {2, 3, 1, 7}},
+      {"swap 5", ONE(VexoColorSwitch32(4, p, 5)), {1, 2, 3, 7}, {3, 1, 2, 7}},
+      {"swap 0", ONE(VexoColorSwitch32(4, p, 0)), {1, 2, 3, 7}, {1, 2, 3, 7}},
+      {"replace exact", ONE(VexoReplaceColor32(4, p, key, to, 2)), {50, 100, 200, 7}, {3, 2, 1, 7}},
+      {"replace: blue 3 off, tolerance 2", ONE(VexoReplaceColor32(4, p, key, to, 2)), {53, 100, 200, 7}, {53, 100, 200, 7}},
+      {"replace: blue 3 off, tolerance 3", ONE(VexoReplaceColor32(4, p, key, to, 3)), {53, 100, 200, 7}, {3, 2, 1, 7}},
+      {"replace: red 3 below, tolerance 3", ONE(VexoReplaceColor32(4, p, key, to, 3)), {50, 100, 197, 7}, {3, 2, 1, 7}},
+      {"offsets clamp", ONE(VexoAdjust1Colors32(1, 1, p, 10, -10, 10)), {250, 5, 100, 7}, {255, 0, 110, 7}},
+      {"sine offsets: 2.16, 176.11, 339.1", ONE(VexoAdjust0Colors32(1, 1, p, 100, 100, -200)), {10, 128, 255, 7}, {2, 176, 255, 7}},
+      {"sine offset below 0: -14.6", ONE(VexoAdjust0Colors32(1, 1, p, 0, 0, -1000)), {5, 0, 0, 7}, {0, 0, 0, 7}},
+      {"tint wraps modulo 256", ONE(VexoCustomBacterial32(4, p, 10, 1, 5, 1)), {0, 255, 250, 7}, {5, 0, 4, 7}},
+      {"tint on green only", ONE(VexoCustomBacterial32(4, p, 10, 1, 5, 3)), {0, 255, 250, 7}, {0, 0, 250, 7}},
+      {"web 25, 26, 128", ONE(VexoWebColour32(4, p)), {25, 26, 128, 7}, {0, 51, 51, 7}},
+      {"web 255, 200, 77", ONE(VexoWebColour32(4, p)), {255, 200, 77, 7}, {51, 51, 51, 7}},
+      {"grey on red", ONE(VexoGrayScale32(4, p, 2)), {10, 20, 32, 7}, {10, 20, 20, 7}},
+      {"grey on all", ONE(VexoGrayScale32(4, p, 1)), {10, 20, 32, 7}, {20, 20, 20, 7}},
+      {"aged photo", ONE(VexoAgedPhoto32(4, p, 1)), {10, 20, 200, 7}, {10, 61, 255, 7}},
+      {"aged photo on green", ONE(VexoAgedPhoto32(4, p, 3)), {10, 20, 200, 7}, {10, 61, 200, 7}},
+      {"aged photo on blue", ONE(VexoAgedPhoto32(4, p, 4)), {10, 20, 200, 7}, {10, 20, 200, 7}},
+  });
 }
 
-TEST(Saturation, SixteenBitAndFloat) {
-  std::vector<Pixel64> w{{1000, 2000, 3000, 1}, {0, 0, 32767, 2}};
-  VexoSaturation64(8, w.data(), 32767);  // s = 65534
-  expectBgr(w[0], 0, 2000, 4000);
-  // The strongest setting on a lone full channel overflows the 32-bit product
-  // sum and comes out clamped at 0, as the 32-bit arithmetic has it.
-  VexoSaturation64(8, w.data(), 70000);
-  EXPECT_EQ(w[1].red, 0);
-  w = {{1000, 2000, 3001, 1}};
-  VexoSaturation64(4, w.data(), -32767);
-  expectBgr(w[0], 2000, 2000, 2000);
-
-  std::vector<Pixel128> f{{0.25f, 0.5f, 0.75f, 0.5f}};
-  const auto orig = f;
-  VexoSaturation128(4, f.data(), -300);  // factor below 0: nothing happens
-  EXPECT_TRUE(sameBytes(f, orig));
-  VexoSaturation128(4, f.data(), 2550);  // the 16-bit range: factor 11, no clamp
-  expectBgr(f[0], -2.25f, 0.5f, 3.25f);
-  f = orig;
-  VexoSaturation128(4, f.data(), -255);
-  expectBgr(f[0], 0.5f, 0.5f, 0.5f);
+TEST(ColourExamples, SixteenBit) {
+  const uint32_t key = packed(200, 100, 50), to = packed(1, 2, 3);
+  expectExamples<Pixel64>({
+      {"saturation 32767", ONE(VexoSaturation64(4, p, 32767)), {1000, 2000, 3000, 7}, {0, 2000, 4000, 7}},
+      // The 32-bit product sum overflows for a lone full channel at the top
+      // setting; the wrapped sum is negative and clamps to 0.
+      {"saturation 70000 acts as 65534", ONE(VexoSaturation64(4, p, 70000)), {0, 0, 32767, 7}, {0, 0, 0, 7}},
+      {"saturation -32767", ONE(VexoSaturation64(4, p, -32767)), {1000, 2000, 3001, 7}, {2000, 2000, 2000, 7}},
+      {"hue 25: 128 << 7 out of 32640", ONE(VexoHue64(1, 1, p, 25)), {0, 1000, 2000, 7}, {0, 1501, 2000, 7}},
+      {"filter 5", ONE(VexoColorFilter64(4, p, 5)), {1001, 5, 2000, 7}, {1500, 0, 1500, 7}},
+      {"swap 4", ONE(VexoColorSwitch64(4, p, 4)), {1, 2, 3, 7}, {2, 3, 1, 7}},
+      {"replace: bytes x 128", ONE(VexoReplaceColor64(4, p, key, to, 0)), {6400, 12800, 25600, 7}, {384, 256, 128, 7}},
+      {"replace: not rescaled to 32767", ONE(VexoReplaceColor64(4, p, key, to, 0)), {6400, 12800, 25699, 7}, {6400, 12800, 25699, 7}},
+      {"replace: tolerance unscaled", ONE(VexoReplaceColor64(4, p, key, to, 99)), {6400, 12800, 25699, 7}, {384, 256, 128, 7}},
+      {"offsets unscaled, clamped", ONE(VexoAdjust1Colors64(1, 1, p, 10, -200, 10)), {32760, 100, 0, 7}, {32767, 0, 10, 7}},
+      {"sine offset", ONE(VexoAdjust0Colors64(1, 1, p, 1000, 0, 0)), {0, 0, 16384, 7}, {0, 0, 16863, 7}},
+      {"tint wraps modulo 65536", ONE(VexoCustomBacterial64(4, p, 7, 1, 10, 1)), {65530, 32767, 0, 7}, {4, 32768, 7, 7}},
+      {"web", ONE(VexoWebColour64(4, p)), {25, 26, 32767, 7}, {0, 51, 51, 7}},
+      {"web reads signed", ONE(VexoWebColour64(4, p)), {40000, 51, 100, 7}, {0, 51, 51, 7}},
+      {"grey", ONE(VexoGrayScale64(4, p, 1)), {30000, 30000, 30002, 7}, {30000, 30000, 30000, 7}},
+      {"aged photo", ONE(VexoAgedPhoto64(4, p, 1)), {0, 100, 30000, 7}, {0, 5368, 32767, 7}},
+  });
 }
 
-TEST(Hue, EndsOfTheWheelLeaveThePictureAlone) {
-  for (int32_t hue : {0, 350, -20, 1000}) {
+TEST(ColourExamples, Float) {
+  const uint32_t key = packed(200, 100, 50), to = packed(1, 2, 3);
+  auto k = [](int v) { return static_cast<float>(v / 255.0); };
+  const Pixel128 match{k(50), k(100), k(200), 0.5f}, replaced{k(3), k(2), k(1), 0.5f};
+  const Pixel128 offByTwo{k(52), k(100), k(200), 0.5f};
+  expectExamples<Pixel128>({
+      {"saturation 2550: the 16-bit range, factor 11", ONE(VexoSaturation128(4, p, 2550)), {0.25f, 0.5f, 0.75f, 0.5f}, {-2.25f, 0.5f, 3.25f, 0.5f}},
+      {"saturation -255: factor 0", ONE(VexoSaturation128(4, p, -255)), {0.25f, 0.5f, 0.75f, 0.5f}, {0.5f, 0.5f, 0.5f, 0.5f}},
+      {"saturation -300: factor below 0", ONE(VexoSaturation128(4, p, -300)), {0.25f, 0.5f, 0.75f, 0.5f}, {0.25f, 0.5f, 0.75f, 0.5f}},
+      {"hue 25: divided by 255", ONE(VexoHue128(1, 1, p, 25)), {0.0f, 0.5f, 1.0f, 0.5f}, {0.0f, 0.7509804368019104f, 1.0f, 0.5f}},
+      {"filter 4 sums", ONE(VexoColorFilter128(4, p, 4)), {0.0f, 0.8f, 0.8f, 0.5f}, {0.0f, 1.6f, 1.6f, 0.5f}},
+      {"filter 6 sums", ONE(VexoColorFilter128(4, p, 6)), {0.25f, 0.5f, 1.0f, 0.5f}, {0.75f, 0.75f, 0.0f, 0.5f}},
+      {"copy raw bits", ONE(VexoRGBChannelFilter128(4, p, 3)), {0.0f, -0.0f, 7.5f, 0.5f}, {-0.0f, -0.0f, -0.0f, 0.5f}},
+      {"replace", ONE(VexoReplaceColor128(4, p, key, to, 1)), match, replaced},
+      {"replace: 2 off, tolerance 1", ONE(VexoReplaceColor128(4, p, key, to, 1)), offByTwo, offByTwo},
+      {"offsets over 255, no clamp", ONE(VexoAdjust1Colors128(1, 1, p, 255, -510, 51)), {0.5f, 1.0f, 1.0f, 0.5f}, {0.7f, -1.0f, 2.0f, 0.5f}},
+      {"sine of the value", ONE(VexoAdjust0Colors128(1, 1, p, 255, -51, 7)), {0.0f, 0.5f, 1.0f, 0.5f}, {0.0f, 0.40411490201950073f, 1.8414709568023682f, 0.5f}},
+      {"tint over 255, unbounded", ONE(VexoCustomBacterial128(4, p, 255, -255, 0, 1)), {0.5f, 0.5f, 0.5f, 0.5f}, {0.5f, -0.5f, 1.5f, 0.5f}},
+      {"grey on green", ONE(VexoGrayScale128(4, p, 3)), {0.25f, 0.0f, 0.75f, 0.5f}, {0.25f, 0.33333334f, 0.75f, 0.5f}},
+      {"aged photo", ONE(VexoAgedPhoto128(4, p, 1)), {0.5f, 0.0f, 1.0f, 0.5f}, {0.5f, 0.1607715f, 1.3097933530807495f, 0.5f}},
+  });
+}
+
+TEST(ColourLimits, NoOpsAndClampedArguments) {
+  for (int32_t hue : {0, 350, -20, 1000}) {  // both ends of the wheel
     auto a = pattern32(6); const auto a0 = a;
     auto b = pattern64(6); const auto b0 = b;
     auto c = pattern128(6); const auto c0 = c;
     VexoHue32(3, 2, a.data(), hue);
     VexoHue64(3, 2, b.data(), hue);
     VexoHue128(3, 2, c.data(), hue);
-    EXPECT_TRUE(sameBytes(a, a0)) << hue;
-    EXPECT_TRUE(sameBytes(b, b0)) << hue;
-    EXPECT_TRUE(sameBytes(c, c0)) << hue;
+    EXPECT_TRUE(sameBytes(a, a0) && sameBytes(b, b0) && sameBytes(c, c0)) << hue;
   }
-}
-
-TEST(Hue, SectorsAndWeights) {
-  std::vector<Pixel32> px{{10, 0, 255, 1}, {0, 255, 40, 2}};
-  auto run = [&](int32_t hue) { px = {{10, 0, 255, 1}, {0, 255, 40, 2}}; VexoHue32(1, 2, px.data(), hue); };
-  run(100);  // sector 2 at weight 0: blue stays, green takes red, red takes blue
-  expectBgr(px[0], 10, 255, 10);
-  run(25);  // weight trunc(25 x 5.12) = 128: (128 x 255) >> 8
-  EXPECT_EQ(px[0].green, 127);
-  run(325);  // weight trunc(25 x 5.11) = 127 in the last sector
-  EXPECT_EQ(px[1].green, 126);
-  run(250);  // sector 5 at weight 0: blue takes red, green takes blue
-  expectBgr(px[1], 40, 0, 40);
-  run(175);  // sector 3, weight 128: blue r, green mix(r, b), red b
-  expectBgr(px[0], 255, 131, 10);
-
-  std::vector<Pixel64> w{{0, 1000, 2000, 0}};
-  VexoHue64(1, 1, w.data(), 25);  // weight 128 << 7 = 16384, out of 32640
-  EXPECT_EQ(w[0].green, 1501);
-  std::vector<Pixel128> f{{0.0f, 0.5f, 1.0f, 0.0f}};
-  VexoHue128(1, 1, f.data(), 25);  // divided by 255 in single precision
-  EXPECT_EQ(f[0].green, 0.7509804368019104f);
-}
-
-TEST(ColorFilter, KeepsOrAveragesChannels) {
-  const Pixel32 p{9, 100, 51, 7};
-  const Pixel32 want[] = {{0, 0, 51, 7}, {0, 100, 0, 7}, {9, 0, 0, 7},
-                          {0, 75, 75, 7}, {30, 0, 30, 7}, {54, 54, 0, 7}};
-  for (int32_t filter = 1; filter <= 6; ++filter) {
-    std::vector<Pixel32> px{p, p, p};
-    VexoColorFilter32(5, px.data(), filter);  // two pixels
-    EXPECT_TRUE(sameBytes<Pixel32>({px[0], px[1]}, {want[filter - 1], want[filter - 1]})) << filter;
-    EXPECT_TRUE(sameBytes<Pixel32>({px[2]}, {p})) << filter;
-  }
-  std::vector<Pixel32> px{p};
-  VexoColorFilter32(4, px.data(), 7);
-  VexoColorFilter32(4, px.data(), 0);
-  expectBgr(px[0], 9, 100, 51);
-  std::vector<Pixel64> w{{1001, 5, 2000, 0}};
-  VexoColorFilter64(4, w.data(), 5);
-  expectBgr(w[0], 1500, 0, 1500);
-  // The float member keeps the plain sums.
-  std::vector<Pixel128> f{{0.0f, 0.8f, 0.8f, 0.3f}};
-  VexoColorFilter128(4, f.data(), 4);
-  expectBgr(f[0], 0.0f, 1.6f, 1.6f);
-  f = {{0.25f, 0.5f, 1.0f, 0.3f}};
-  VexoColorFilter128(4, f.data(), 6);
-  expectBgr(f[0], 0.75f, 0.75f, 0.0f);
-}
-
-TEST(ChannelCopyAndSwap, MoveRawValues) {
-  const Pixel32 p{1, 2, 3, 4};
-  const Pixel32 copies[] = {{3, 3, 3, 4}, {2, 2, 2, 4}, {1, 1, 1, 4}};
-  for (int32_t ch = 2; ch <= 4; ++ch) {
-    std::vector<Pixel32> px{p};
-    VexoRGBChannelFilter32(4, px.data(), ch);
-    EXPECT_TRUE(sameBytes<Pixel32>(px, {copies[ch - 2]})) << ch;
-  }
-  const Pixel32 swaps[] = {{3, 2, 1, 4}, {1, 3, 2, 4}, {2, 1, 3, 4}, {2, 3, 1, 4}, {3, 1, 2, 4}};
-  for (int32_t order = 1; order <= 5; ++order) {
-    std::vector<Pixel32> px{p};
-    VexoColorSwitch32(4, px.data(), order);
-    EXPECT_TRUE(sameBytes<Pixel32>(px, {swaps[order - 1]})) << order;
-  }
-  for (int32_t other : {0, 6, -1}) {
-    std::vector<Pixel32> px{p};
-    VexoRGBChannelFilter32(4, px.data(), other == 6 ? 1 : other);
-    VexoColorSwitch32(4, px.data(), other);
-    EXPECT_TRUE(sameBytes<Pixel32>(px, {p})) << other;
-  }
-  // Float values are copied bit for bit, whatever they hold.
-  std::vector<Pixel128> f{{0.0f, -0.0f, 7.5f, 1.0f}};
-  VexoRGBChannelFilter128(4, f.data(), 3);
-  EXPECT_EQ(bitsOf(f[0].blue), bitsOf(-0.0f));
-  EXPECT_EQ(bitsOf(f[0].red), bitsOf(-0.0f));
-  auto a = pattern64(5); const auto a0 = a;
-  VexoColorSwitch64(20, a.data(), 4);
-  VexoColorSwitch64(20, a.data(), 5);
+  auto a = pattern32(9); const auto a0 = a;
+  VexoSaturation32(36, a.data(), 0);
   EXPECT_TRUE(sameBytes(a, a0));
-}
-
-TEST(ReplaceColor, ToleranceInEachLayoutsUnits) {
-  const uint32_t key = packed(200, 100, 50), to = packed(1, 2, 3);
-  std::vector<Pixel32> px{{50, 100, 200, 9}, {53, 100, 200, 9}, {50, 100, 197, 9}};
-  VexoReplaceColor32(12, px.data(), key, to, 2);
-  expectBgr(px[0], 3, 2, 1);
-  expectBgr(px[1], 53, 100, 200);
-  expectBgr(px[2], 50, 100, 197);
-  VexoReplaceColor32(12, px.data(), key, to, 3);
-  expectBgr(px[1], 3, 2, 1);
-  expectBgr(px[2], 3, 2, 1);
-  EXPECT_EQ(px[2].mask, 9);
-
-  // Bytes times 128, not rescaled to 32767: 200 is 25600, not 25699.
-  std::vector<Pixel64> w{{6400, 12800, 25600, 0}, {6400, 12800, 25699, 0}};
-  VexoReplaceColor64(8, w.data(), key, to, 0);
-  expectBgr(w[0], 384, 256, 128);
-  expectBgr(w[1], 6400, 12800, 25699);
-  VexoReplaceColor64(8, w.data(), key, to, 99);
-  expectBgr(w[1], 384, 256, 128);
-
-  const double k = 1.0 / 255;
-  std::vector<Pixel128> f{{static_cast<float>(50 * k), static_cast<float>(100 * k), static_cast<float>(200 * k), 0},
-                          {static_cast<float>(52 * k), static_cast<float>(100 * k), static_cast<float>(200 * k), 0}};
-  VexoReplaceColor128(8, f.data(), key, to, 1);
-  expectBgr(f[0], static_cast<float>(3 * k), static_cast<float>(2 * k), static_cast<float>(k));
-  EXPECT_EQ(f[1].blue, static_cast<float>(52 * k));
+  auto b = a;
+  VexoSaturation32(36, a.data(), 600);
+  VexoSaturation32(36, b.data(), 512);
+  EXPECT_TRUE(sameBytes(a, b));
+  auto web = pattern32(64);  // the palette's upper steps never fire
+  VexoWebColour32(256, web.data());
+  for (const auto& p : web)
+    for (int v : {p.blue, p.green, p.red}) EXPECT_TRUE(v == 0 || v == 51) << v;
 }
