@@ -61,7 +61,7 @@ struct ChannelStats {
 
 // Channels whose mid-range is well above their mean (a dark channel: ratio
 // above 2) are lifted along 1 - e^(-k x / max). The mean divides by N - 1
-// rather than N; that is how this correction has always measured it. Values
+// rather than N, which moves the threshold; results depend on it. Values
 // come from a copy of the input, so every channel reads the picture as it was.
 void autoColourCorrection(int32_t width, int32_t height, Pixel32* px) {
   if (width < 1 || height < 1) return;
