@@ -1,0 +1,349 @@
+// Colour adjustments that mix or rearrange a pixel's own elements:
+// saturation, the hue wheel, colour filters, channel copies and swaps, and the
+// replacement of one colour. One template per family over the three layouts.
+#include <algorithm>
+#include <type_traits>
+
+#include "adjust/colour_walk.h"
+#include "core/layout.h"
+#include "core/numeric.h"
+
+namespace effects {
+namespace {
+
+using colour::dispatch;
+using colour::forEachRowPixel;
+using colour::k255;
+using colour::PackedColour;
+
+template <class L>
+inline constexpr bool is32 = std::is_same_v<L, Layout32>;
+template <class L>
+inline constexpr bool is64 = std::is_same_v<L, Layout64>;
+
+// ---------------------------------------------------------------- saturation
+
+// 8 bits: s = amount + 255 in 0..767; each element moves away from (or
+// toward) the pixel's integer average. The weights sum to 255 but the result
+// is shifted by 8, so the slight darkening is part of the effect.
+void saturation32(int32_t n, Pixel32* px, int32_t amount) {
+  const int32_t s = clampTo(amount, -255, 512) + 255;
+  if (n < 1 || s == 255) return;
+  if (s == 0) {
+    forEachPixel(n, px, [](Pixel32& p) {
+      const auto avg = static_cast<uint8_t>((p.blue + p.green + p.red) / 3);
+      p.blue = p.green = p.red = avg;
+    });
+    return;
+  }
+  const int32_t keep = 255 - s;
+  forEachPixel(n, px, [s, keep](Pixel32& p) {
+    const int32_t avg = (p.blue + p.green + p.red) / 3;
+    auto move = [&](int32_t c) { return static_cast<uint8_t>(clampTo((keep * avg + c * s) >> 8, 0, 255)); };
+    p.blue = move(p.blue);
+    p.green = move(p.green);
+    p.red = move(p.red);
+  });
+}
+
+// 16 bits: s = amount + 32767 in 0..98301, divided by 32767 in signed 32-bit
+// arithmetic. The products are 32-bit and wrap for the strongest settings on
+// very unbalanced pixels, as the 32-bit arithmetic does; the clamp then
+// decides.
+void saturation64(int32_t n, Pixel64* px, int32_t amount) {
+  const int32_t s = clampTo(amount, -32767, 65534) + 32767;
+  if (s == 32767 || n < 1) return;
+  if (s == 0) {
+    forEachPixel(n, px, [](Pixel64& p) {
+      const auto avg = static_cast<uint16_t>((p.blue + p.green + p.red) / 3);
+      p.blue = p.green = p.red = avg;
+    });
+    return;
+  }
+  const int32_t keep = 32767 - s;
+  forEachPixel(n, px, [s, keep](Pixel64& p) {
+    const int32_t avg = (p.blue + p.green + p.red) / 3;
+    auto move = [&](int32_t c) {
+      const int32_t q = divTrunc(wrapAdd(wrapMul(c, s), wrapMul(keep, avg)), 32767);
+      return static_cast<uint16_t>(clampTo(q, 0, 32767));
+    };
+    p.blue = move(p.blue);
+    p.green = move(p.green);
+    p.red = move(p.red);
+  });
+}
+
+// Float: the amount keeps the 16-bit layout's range, scaled by 1/255, so the
+// float member can push saturation much further than the others. A negative
+// factor leaves the picture alone; there is no clamping.
+void saturation128(int32_t n, Pixel128* px, int32_t amount) {
+  const double f = clampTo(amount, -32767, 65534) * k255 + 1.0;
+  if (f == 1.0 || n < 1 || f < 0.0) return;
+  if (f == 0.0) {
+    forEachPixel(n, px, [](Pixel128& p) {
+      const float avg = (p.blue + p.green + p.red) * 0.33333334f;
+      p.blue = p.green = p.red = avg;
+    });
+    return;
+  }
+  const double keep = 1.0 - f;
+  forEachPixel(n, px, [f, keep](Pixel128& p) {
+    const float avg = (p.blue + p.green + p.red) * 0.33333334f;
+    auto move = [&](float c) { return static_cast<float>(c * f + keep * avg); };
+    p.blue = move(p.blue);
+    p.green = move(p.green);
+    p.red = move(p.red);
+  });
+}
+
+// ------------------------------------------------------------------ hue wheel
+
+struct HueStep {
+  int32_t sector;  // 0..6
+  int32_t weight;  // 0..255
+};
+
+// Seven sectors of 50. The last two sectors use 5.11 instead of 5.12 so that
+// hue 350 gives a weight of exactly 255 (and the picture back unchanged).
+HueStep hueStep(int32_t hue) {
+  const int32_t h = clampTo(hue, 0, 350);
+  const int32_t sector = std::min(h / 50, 6);
+  const double factor = sector <= 4 ? 5.12 : 5.11;
+  return {sector, truncToInt32((h - 50 * sector) * factor)};
+}
+
+// The sector's rearrangement; every right-hand side reads the elements as
+// they were before the pixel was touched.
+template <int Sector, class P, class Mix>
+inline void rotateHue(P& p, const Mix& mix) {
+  const auto b = p.blue, g = p.green, r = p.red;
+  if constexpr (Sector == 0) {
+    p.green = mix(g, r);
+  } else if constexpr (Sector == 1) {
+    p.green = r; p.red = mix(r, b);
+  } else if constexpr (Sector == 2) {
+    p.blue = mix(b, r); p.green = r; p.red = b;
+  } else if constexpr (Sector == 3) {
+    p.blue = r; p.green = mix(r, b); p.red = b;
+  } else if constexpr (Sector == 4) {
+    p.blue = r; p.green = b; p.red = mix(b, r);
+  } else if constexpr (Sector == 5) {
+    p.blue = mix(r, b); p.green = b; p.red = r;
+  } else {
+    p.green = mix(b, g);
+  }
+}
+
+// 8 bits: weights out of 255, shifted by 8. The picture is walked column by
+// column.
+void hue32(int32_t width, int32_t height, Pixel32* px, int32_t hue) {
+  const HueStep step = hueStep(hue);
+  const int32_t w = step.weight;
+  auto mix = [w](int32_t a, int32_t z) -> uint8_t {
+    if (w == 0) return static_cast<uint8_t>(a);
+    if (w == 255) return static_cast<uint8_t>(z);
+    return static_cast<uint8_t>(((255 - w) * a + w * z) >> 8);
+  };
+  if (width < 1 || height < 1) return;
+  const size_t cols = static_cast<size_t>(width), rows = static_cast<size_t>(height);
+  dispatch<0, 6>(step.sector, [&](auto sector) {
+    for (size_t x = 0; x < cols; ++x)
+      for (size_t y = 0; y < rows; ++y) rotateHue<decltype(sector)::value>(px[y * cols + x], mix);
+  });
+}
+
+// 16 bits: the weight shifted left by 7, out of 32640, divided exactly.
+void hue64(int32_t width, int32_t height, Pixel64* px, int32_t hue) {
+  const HueStep step = hueStep(hue);
+  const int32_t w = step.weight << 7;
+  auto mix = [w](int32_t a, int32_t z) -> uint16_t {
+    if (w == 0) return static_cast<uint16_t>(a);
+    if (w == 32640) return static_cast<uint16_t>(z);
+    return static_cast<uint16_t>(((32640 - w) * a + w * z) / 32640);
+  };
+  dispatch<0, 6>(step.sector, [&](auto sector) {
+    forEachRowPixel(width, height, px, [&](Pixel64& p) { rotateHue<decltype(sector)::value>(p, mix); });
+  });
+}
+
+// Float: the 8-bit weights, divided by 255 (not 256) in single precision.
+void hue128(int32_t width, int32_t height, Pixel128* px, int32_t hue) {
+  const HueStep step = hueStep(hue);
+  const int32_t w = step.weight;
+  const float wa = static_cast<float>(255 - w), wz = static_cast<float>(w);
+  auto mix = [w, wa, wz](float a, float z) -> float {
+    if (w == 0) return a;
+    if (w == 255) return z;
+    return (wa * a + wz * z) * 0.003921569f;
+  };
+  dispatch<0, 6>(step.sector, [&](auto sector) {
+    forEachRowPixel(width, height, px, [&](Pixel128& p) { rotateHue<decltype(sector)::value>(p, mix); });
+  });
+}
+
+// -------------------------------------------------------------- colour filter
+
+// The halved sum of two elements; the float member keeps the plain sum, so
+// its yellow, magenta and cyan can exceed 1.0.
+template <class L>
+inline typename L::Element pairOf(typename L::Element a, typename L::Element b) {
+  if constexpr (std::is_same_v<L, Layout128>) {
+    return a + b;
+  } else {
+    return static_cast<typename L::Element>((a + b) >> 1);
+  }
+}
+
+template <class L>
+void colourFilter(int32_t n, typename L::Pixel* px, int32_t filter) {
+  using P = typename L::Pixel;
+  using E = typename L::Element;
+  dispatch<1, 6>(filter, [&](auto which) {
+    constexpr int F = decltype(which)::value;
+    forEachPixel(n, px, [](P& p) {
+      const E b = p.blue, g = p.green, r = p.red;
+      if constexpr (F == 1) {
+        p.blue = 0; p.green = 0;
+      } else if constexpr (F == 2) {
+        p.blue = 0; p.red = 0;
+      } else if constexpr (F == 3) {
+        p.green = 0; p.red = 0;
+      } else if constexpr (F == 4) {
+        p.blue = 0; p.green = p.red = pairOf<L>(g, r);
+      } else if constexpr (F == 5) {
+        p.green = 0; p.blue = p.red = pairOf<L>(r, b);
+      } else {
+        p.red = 0; p.blue = p.green = pairOf<L>(g, b);
+      }
+    });
+  });
+}
+
+// ------------------------------------------------------ channel copy and swap
+
+template <class L>
+void channelCopy(int32_t n, typename L::Pixel* px, int32_t channel) {
+  using P = typename L::Pixel;
+  dispatch<2, 4>(channel, [&](auto which) {
+    constexpr int C = decltype(which)::value;
+    forEachPixel(n, px, [](P& p) {
+      if constexpr (C == 2) {
+        p.blue = p.green = p.red;
+      } else if constexpr (C == 3) {
+        p.blue = p.red = p.green;
+      } else {
+        p.green = p.red = p.blue;
+      }
+    });
+  });
+}
+
+template <class L>
+void channelSwap(int32_t n, typename L::Pixel* px, int32_t order) {
+  using P = typename L::Pixel;
+  dispatch<1, 5>(order, [&](auto which) {
+    constexpr int O = decltype(which)::value;
+    forEachPixel(n, px, [](P& p) {
+      const auto b = p.blue, g = p.green, r = p.red;
+      if constexpr (O == 1) {
+        p.blue = r; p.red = b;
+      } else if constexpr (O == 2) {
+        p.green = r; p.red = g;
+      } else if constexpr (O == 3) {
+        p.blue = g; p.green = b;
+      } else if constexpr (O == 4) {
+        p.blue = g; p.green = r; p.red = b;
+      } else {
+        p.blue = r; p.green = b; p.red = g;
+      }
+    });
+  });
+}
+
+// ------------------------------------------------------------- replace colour
+
+// The key, replacement and tolerance in the layout's units: bytes as they are
+// (8 bits), bytes times 128 with the tolerance unscaled (16 bits), each
+// scaled by 1/255 into single precision (float).
+template <class L>
+struct ReplaceKey {
+  using T = std::conditional_t<std::is_same_v<L, Layout128>, float, int32_t>;
+  T red, green, blue;
+  static ReplaceKey of(uint32_t packed) {
+    const PackedColour c = PackedColour::of(packed);
+    return {unit(c.red), unit(c.green), unit(c.blue)};
+  }
+  static T unit(int32_t v) {
+    if constexpr (is32<L>) return v;
+    else if constexpr (is64<L>) return v * 128;
+    else return static_cast<float>(v * k255);
+  }
+};
+
+// key >= c - tolerance and key <= c + tolerance. The integer layouts compute
+// the bounds in 32-bit arithmetic, which wraps for extreme tolerances.
+template <class T>
+inline bool within(T key, T c, T tolerance) {
+  if constexpr (std::is_same_v<T, float>) {
+    return key >= c - tolerance && key <= c + tolerance;
+  } else {
+    return key >= wrapSub(c, tolerance) && key <= wrapAdd(c, tolerance);
+  }
+}
+
+template <class L>
+void replaceColour(int32_t n, typename L::Pixel* px, uint32_t match, uint32_t replacement,
+                   int32_t tolerance) {
+  using K = ReplaceKey<L>;
+  using T = typename K::T;
+  using E = typename L::Element;
+  const K key = K::of(match);
+  const K to = K::of(replacement);
+  T tol;
+  if constexpr (std::is_same_v<L, Layout128>) {
+    tol = static_cast<float>(tolerance * k255);
+  } else {
+    tol = tolerance;
+  }
+  forEachPixel(n, px, [&](typename L::Pixel& p) {
+    if (!within<T>(key.red, p.red, tol) || !within<T>(key.green, p.green, tol) ||
+        !within<T>(key.blue, p.blue, tol))
+      return;
+    p.red = static_cast<E>(to.red);
+    p.green = static_cast<E>(to.green);
+    p.blue = static_cast<E>(to.blue);
+  });
+}
+
+}  // namespace
+}  // namespace effects
+
+using namespace effects;
+
+extern "C" {
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoSaturation32(int32_t n, Pixel32* px, int32_t amount) { saturation32(n, px, amount); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoSaturation64(int32_t n, Pixel64* px, int32_t amount) { saturation64(n, px, amount); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoSaturation128(int32_t n, Pixel128* px, int32_t amount) { saturation128(n, px, amount); return 0; }
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoHue32(int32_t w, int32_t h, Pixel32* px, int32_t hue) { hue32(w, h, px, hue); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoHue64(int32_t w, int32_t h, Pixel64* px, int32_t hue) { hue64(w, h, px, hue); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoHue128(int32_t w, int32_t h, Pixel128* px, int32_t hue) { hue128(w, h, px, hue); return 0; }
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoColorFilter32(int32_t n, Pixel32* px, int32_t filter) { colourFilter<Layout32>(n, px, filter); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoColorFilter64(int32_t n, Pixel64* px, int32_t filter) { colourFilter<Layout64>(n, px, filter); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoColorFilter128(int32_t n, Pixel128* px, int32_t filter) { colourFilter<Layout128>(n, px, filter); return 0; }
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoRGBChannelFilter32(int32_t n, Pixel32* px, int32_t channel) { channelCopy<Layout32>(n, px, channel); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoRGBChannelFilter64(int32_t n, Pixel64* px, int32_t channel) { channelCopy<Layout64>(n, px, channel); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoRGBChannelFilter128(int32_t n, Pixel128* px, int32_t channel) { channelCopy<Layout128>(n, px, channel); return 0; }
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoColorSwitch32(int32_t n, Pixel32* px, int32_t order) { channelSwap<Layout32>(n, px, order); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoColorSwitch64(int32_t n, Pixel64* px, int32_t order) { channelSwap<Layout64>(n, px, order); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoColorSwitch128(int32_t n, Pixel128* px, int32_t order) { channelSwap<Layout128>(n, px, order); return 0; }
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoReplaceColor32(int32_t n, Pixel32* px, uint32_t match, uint32_t to, int32_t tolerance) { replaceColour<Layout32>(n, px, match, to, tolerance); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoReplaceColor64(int32_t n, Pixel64* px, uint32_t match, uint32_t to, int32_t tolerance) { replaceColour<Layout64>(n, px, match, to, tolerance); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoReplaceColor128(int32_t n, Pixel128* px, uint32_t match, uint32_t to, int32_t tolerance) { replaceColour<Layout128>(n, px, match, to, tolerance); return 0; }
+
+}  // extern "C"

@@ -1,0 +1,237 @@
+// Colour adjustments that add to or overwrite single elements: additive and
+// sine-shaped offsets, the wrapping constant tint, the web palette, grey and
+// the aged-photo tint.
+#include <cmath>
+#include <type_traits>
+
+#include "adjust/colour_walk.h"
+#include "core/layout.h"
+#include "core/numeric.h"
+
+namespace effects {
+namespace {
+
+using colour::forEachRowPixel;
+using colour::k255;
+using colour::k32767;
+
+template <class L>
+inline constexpr bool isFloat = std::is_same_v<L, Layout128>;
+
+// ----------------------------------------------------------- additive offsets
+
+// The integer layouts add in 32-bit arithmetic and clamp to 0..full; the
+// float one adds delta / 255 and does not clamp.
+template <class L>
+void addOffsets(int32_t width, int32_t height, typename L::Pixel* px, int32_t redDelta,
+                int32_t greenDelta, int32_t blueDelta) {
+  using P = typename L::Pixel;
+  using E = typename L::Element;
+  if (height < 1) return;
+  if constexpr (isFloat<L>) {
+    const double dr = redDelta * k255, dg = greenDelta * k255, db = blueDelta * k255;
+    forEachRowPixel(width, height, px, [=](P& p) {
+      p.red = static_cast<float>(p.red + dr);
+      p.green = static_cast<float>(p.green + dg);
+      p.blue = static_cast<float>(p.blue + db);
+    });
+  } else {
+    constexpr int32_t top = L::full;
+    auto add = [](E c, int32_t d) { return static_cast<E>(clampTo(wrapAdd(c, d), 0, top)); };
+    forEachRowPixel(width, height, px, [=](P& p) {
+      p.red = add(p.red, redDelta);
+      p.green = add(p.green, greenDelta);
+      p.blue = add(p.blue, blueDelta);
+    });
+  }
+}
+
+// --------------------------------------------------------------- sine offsets
+
+// c + sin(c / full) x amount in double (the sine of radians, so at most
+// sin(1) of the amount), truncated and clamped. The float member takes the
+// sine of the value itself and the amount over 255, without a clamp.
+template <class L>
+void sineOffsets(int32_t width, int32_t height, typename L::Pixel* px, int32_t redAmount,
+                 int32_t greenAmount, int32_t blueAmount) {
+  using P = typename L::Pixel;
+  using E = typename L::Element;
+  if (height < 1) return;
+  if constexpr (isFloat<L>) {
+    const double ar = redAmount * k255, ag = greenAmount * k255, ab = blueAmount * k255;
+    auto shift = [](float c, double a) {
+      const double v = c;
+      return static_cast<float>(v + std::sin(v) * a);
+    };
+    forEachRowPixel(width, height, px, [=](P& p) {
+      p.red = shift(p.red, ar);
+      p.green = shift(p.green, ag);
+      p.blue = shift(p.blue, ab);
+    });
+  } else {
+    constexpr int32_t top = L::full;
+    constexpr double unit = std::is_same_v<L, Layout32> ? k255 : k32767;
+    const double ar = redAmount, ag = greenAmount, ab = blueAmount;
+    auto shift = [](E c, double a) {
+      const double v = c;
+      return static_cast<E>(clampTo(truncToInt32(v + std::sin(v * unit) * a), 0, top));
+    };
+    forEachRowPixel(width, height, px, [=](P& p) {
+      p.red = shift(p.red, ar);
+      p.green = shift(p.green, ag);
+      p.blue = shift(p.blue, ab);
+    });
+  }
+}
+
+// ------------------------------------------------------------- constant tint
+
+// The add values are added in the element's own width: 8-bit and 16-bit sums
+// wrap around (250 + 10 gives 4), which is what gives this effect its look.
+// The float member adds add / 255 without a bound.
+template <class L, class A>
+void constantTint(int32_t n, typename L::Pixel* px, A redAdd, A greenAdd, A blueAdd,
+                  int32_t channel) {
+  using P = typename L::Pixel;
+  using E = typename L::Element;
+  const Channels ch = Channels::of(channel);
+  if constexpr (isFloat<L>) {
+    const double ar = redAdd * k255, ag = greenAdd * k255, ab = blueAdd * k255;
+    forEachPixel(n, px, [=](P& p) {
+      if (ch.red) p.red = static_cast<float>(p.red + ar);
+      if (ch.green) p.green = static_cast<float>(p.green + ag);
+      if (ch.blue) p.blue = static_cast<float>(p.blue + ab);
+    });
+  } else {
+    forEachPixel(n, px, [=](P& p) {
+      if (ch.red) p.red = static_cast<E>(p.red + redAdd);
+      if (ch.green) p.green = static_cast<E>(p.green + greenAdd);
+      if (ch.blue) p.blue = static_cast<E>(p.blue + blueAdd);
+    });
+  }
+}
+
+// ---------------------------------------------------------------- web palette
+
+// Every colour element becomes 0 or 51. Red and blue then pass the steps of a
+// six-level palette, but those test the 0 or 51 just stored and so never
+// fire: the picture is left with the two levels, and that is the effect.
+void webColour32(int32_t n, Pixel32* px) {
+  auto level = [](uint8_t c) -> uint8_t { return c < 26 ? 0 : 51; };
+  auto steps = [](uint8_t v) -> uint8_t {
+    if (v > 77) v = 102;
+    if (v > 128) v = 153;
+    if (v > 179) v = 204;
+    if (v > 230) v = 255;
+    return v;
+  };
+  forEachPixel(n, px, [&](Pixel32& p) {
+    p.blue = level(p.blue);
+    p.green = level(p.green);
+    p.red = level(p.red);
+    p.red = steps(p.red);
+    p.blue = steps(p.blue);
+  });
+}
+
+// The same numbers on the 0..32767 scale, with elements read as signed
+// 16-bit: the result is near-black.
+void webColour64(int32_t n, Pixel64* px) {
+  auto level = [](uint16_t c) -> uint16_t { return static_cast<int16_t>(c) < 26 ? 0 : 51; };
+  auto steps = [](uint16_t c) -> uint16_t {
+    int16_t v = static_cast<int16_t>(c);
+    if (v > 128) v = 153;
+    if (v > 179) v = 204;
+    if (v > 230) v = 255;
+    return static_cast<uint16_t>(v);
+  };
+  forEachPixel(n, px, [&](Pixel64& p) {
+    p.blue = level(p.blue);
+    p.green = level(p.green);
+    p.red = level(p.red);
+    p.red = steps(p.red);
+    p.blue = steps(p.blue);
+  });
+}
+
+// ----------------------------------------------------------------------- grey
+
+// Equal weights, not a luminance: the integer average (truncated), or the
+// float sum times 0.33333334f.
+template <class L>
+void grey(int32_t n, typename L::Pixel* px, int32_t channel) {
+  using P = typename L::Pixel;
+  using E = typename L::Element;
+  const Channels ch = Channels::of(channel);
+  forEachPixel(n, px, [ch](P& p) {
+    E avg;
+    if constexpr (isFloat<L>) {
+      avg = (p.green + p.blue + p.red) * 0.33333334f;
+    } else {
+      avg = static_cast<E>((p.blue + p.green + p.red) / 3);
+    }
+    if (ch.red) p.red = avg;
+    if (ch.green) p.green = avg;
+    if (ch.blue) p.blue = avg;
+  });
+}
+
+// ------------------------------------------------------------------ aged photo
+
+// Red and green gain a fixed amount (79 and 41 on the 8-bit scale); blue
+// never changes.
+template <class L>
+void agedPhoto(int32_t n, typename L::Pixel* px, int32_t channel) {
+  using P = typename L::Pixel;
+  using E = typename L::Element;
+  const Channels ch = Channels::of(channel);
+  if (!ch.red && !ch.green) return;
+  if constexpr (isFloat<L>) {
+    forEachPixel(n, px, [ch](P& p) {
+      if (ch.red) p.red = static_cast<float>(p.red + 0.30979338);
+      if (ch.green) p.green = static_cast<float>(p.green + 0.1607715);
+    });
+  } else {
+    constexpr bool eight = std::is_same_v<L, Layout32>;
+    constexpr int32_t top = L::full;
+    constexpr int32_t addRed = eight ? 79 : 10151;
+    constexpr int32_t addGreen = eight ? 41 : 5268;
+    auto gain = [](int32_t c, int32_t add) { return static_cast<E>(c + add > top ? top : c + add); };
+    forEachPixel(n, px, [ch, gain](P& p) {
+      if (ch.red) p.red = gain(p.red, addRed);
+      if (ch.green) p.green = gain(p.green, addGreen);
+    });
+  }
+}
+
+}  // namespace
+}  // namespace effects
+
+using namespace effects;
+
+extern "C" {
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoAdjust1Colors32(int32_t w, int32_t h, Pixel32* px, int32_t r, int32_t g, int32_t b) { addOffsets<Layout32>(w, h, px, r, g, b); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoAdjust1Colors64(int32_t w, int32_t h, Pixel64* px, int32_t r, int32_t g, int32_t b) { addOffsets<Layout64>(w, h, px, r, g, b); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoAdjust1Colors128(int32_t w, int32_t h, Pixel128* px, int32_t r, int32_t g, int32_t b) { addOffsets<Layout128>(w, h, px, r, g, b); return 0; }
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoAdjust0Colors32(int32_t w, int32_t h, Pixel32* px, int32_t r, int32_t g, int32_t b) { sineOffsets<Layout32>(w, h, px, r, g, b); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoAdjust0Colors64(int32_t w, int32_t h, Pixel64* px, int32_t r, int32_t g, int32_t b) { sineOffsets<Layout64>(w, h, px, r, g, b); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoAdjust0Colors128(int32_t w, int32_t h, Pixel128* px, int32_t r, int32_t g, int32_t b) { sineOffsets<Layout128>(w, h, px, r, g, b); return 0; }
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoCustomBacterial32(int32_t n, Pixel32* px, uint8_t r, uint8_t g, uint8_t b, int32_t channel) { constantTint<Layout32>(n, px, r, g, b, channel); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoCustomBacterial64(int32_t n, Pixel64* px, uint16_t r, uint16_t g, uint16_t b, int32_t channel) { constantTint<Layout64>(n, px, r, g, b, channel); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoCustomBacterial128(int32_t n, Pixel128* px, int32_t r, int32_t g, int32_t b, int32_t channel) { constantTint<Layout128>(n, px, r, g, b, channel); return 0; }
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoWebColour32(int32_t n, Pixel32* px) { webColour32(n, px); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoWebColour64(int32_t n, Pixel64* px) { webColour64(n, px); return 0; }
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoGrayScale32(int32_t n, Pixel32* px, int32_t channel) { grey<Layout32>(n, px, channel); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoGrayScale64(int32_t n, Pixel64* px, int32_t channel) { grey<Layout64>(n, px, channel); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoGrayScale128(int32_t n, Pixel128* px, int32_t channel) { grey<Layout128>(n, px, channel); return 0; }
+
+EFFECTS_API uint32_t EFFECTS_CALL VexoAgedPhoto32(int32_t n, Pixel32* px, int32_t channel) { agedPhoto<Layout32>(n, px, channel); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoAgedPhoto64(int32_t n, Pixel64* px, int32_t channel) { agedPhoto<Layout64>(n, px, channel); return 0; }
+EFFECTS_API uint32_t EFFECTS_CALL VexoAgedPhoto128(int32_t n, Pixel128* px, int32_t channel) { agedPhoto<Layout128>(n, px, channel); return 0; }
+
+}  // extern "C"
