@@ -134,6 +134,32 @@ void histogram(Demo& d) {
   std::printf("\n");
 }
 
+using FnCount1 = uint32_t(EFFECTS_CALL*)(int32_t, Pixel32*, int32_t);
+using FnSize1 = uint32_t(EFFECTS_CALL*)(int32_t, int32_t, Pixel32*, int32_t);
+using FnSize0 = uint32_t(EFFECTS_CALL*)(int32_t, int32_t, Pixel32*);
+using FnTint = uint32_t(EFFECTS_CALL*)(int32_t, Pixel32*, uint8_t, uint8_t, uint8_t, int32_t);
+
+void colour(Demo& d) {
+  auto saturation = d.lib.get<FnCount1>("VexoSaturation32");
+  auto hue = d.lib.get<FnSize1>("VexoHue32");
+  auto filter = d.lib.get<FnCount1>("VexoColorFilter32");
+  auto aged = d.lib.get<FnCount1>("VexoAgedPhoto32");
+  auto tint = d.lib.get<FnTint>("VexoCustomBacterial32");
+  auto correct = d.lib.get<FnSize0>("VexoAutoColorCorrectionLDC32");
+  d.step("saturation-up", "VexoSaturation32(200)", [&](Picture32& p) { saturation(p.elementCount(), p.pixels.data(), 200); });
+  d.step("saturation-off", "VexoSaturation32(-255)", [&](Picture32& p) { saturation(p.elementCount(), p.pixels.data(), -255); });
+  d.step("hue", "VexoHue32(175)", [&](Picture32& p) { hue(p.width, p.height, p.pixels.data(), 175); });
+  d.step("filter-cyan", "VexoColorFilter32(6)", [&](Picture32& p) { filter(p.elementCount(), p.pixels.data(), 6); });
+  d.step("aged", "VexoAgedPhoto32", [&](Picture32& p) { aged(p.elementCount(), p.pixels.data(), 1); });
+  d.step("tint-wraps", "VexoCustomBacterial32(120, 60, 0): the tint wraps around", [&](Picture32& p) {
+    tint(p.elementCount(), p.pixels.data(), 120, 60, 0, 1);
+  });
+  d.step("auto-correct", "VexoAutoColorCorrectionLDC32 on a darkened card", [&](Picture32& p) {
+    for (Pixel32& q : p.pixels) { q.red /= 3; q.green /= 2; q.blue /= 4; }
+    correct(p.width, p.height, p.pixels.data());
+  });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -150,6 +176,7 @@ int main(int argc, char** argv) {
     buffers(d);
     conversions(d);
     histogram(d);
+    colour(d);
     std::printf("%d pictures written\n", d.written);
   } catch (const std::exception& e) {
     std::fprintf(stderr, "demo_host: %s\n", e.what());
