@@ -115,32 +115,25 @@ TEST(TonalFloat, NoClampingAndHdrValues) {
 }
 
 // The size is width x 4 x height in 32-bit arithmetic: a product that wraps
-// to 4 visits one pixel, one below 1 none. Amount 0 (brightness, black
-// brightness, exposure), stops 0 and gamma 1 (also 20 behaves as 10) return
-// at once.
-TEST(TonalSize, WidthHeightCountAndEarlyReturns) {
+// to 4 visits one pixel, one below 1 none. Gamma 20 behaves as 10.
+TEST(TonalSize, WidthHeightCountAndClampedGamma) {
   auto a = pattern32(3);
   const auto a0 = a;
   VexoBrightness32(0x40000001u, 1, a.data(), -255, 0);
   EXPECT_EQ(a[0].red, 0);
+  EXPECT_EQ(a[1].red, a0[1].red);
   a[0] = a0[0];
   VexoBrightness32(0x20000000u, 1, a.data(), -255, 0);
   VexoContrast32(0, 5, a.data(), 255, 0);
   VexoAdjustLevelPrecentage32(3, 0, a.data(), 0.0f);
   EXPECT_TRUE(sameBytes(a, a0));
-
-  const auto p64 = pattern64(6);
-  const auto p128 = pattern128(6);
-  auto b = p64; auto c = p128;
-  VexoBrightness64(3, 2, b.data(), 0, 9); VexoBrightness128(3, 2, c.data(), 0, 9);
-  VexoBlackBrightness64(3, 2, b.data(), 0, 9); VexoBlackBrightness128(3, 2, c.data(), 0, 9);
-  VexoXposure64(3, 2, b.data(), 0, 0, 9); VexoXposure128(3, 2, c.data(), 0, 0, 9);
-  Vexofstop64(3, 2, b.data(), 0.0); Vexofstop128(3, 2, c.data(), 0.0);
-  VexoGamma64(3, 2, b.data(), 1.0f); VexoGammatoHDR128(3, 2, c.data(), 1.0f);
-  EXPECT_TRUE(sameBytes(b, p64));
-  EXPECT_TRUE(sameBytes(c, p128));
   auto ten = pattern32(6), twenty = ten;
   VexoGamma32(3, 2, ten.data(), 10.0f);
   VexoGamma32(3, 2, twenty.data(), 20.0f);
   EXPECT_TRUE(sameBytes(ten, twenty));
+  // Amount 0 returns before 1 - (1 - c) could round away low bits.
+  auto c = pattern128(6);
+  const auto c0 = c;
+  VexoBrightness128(3, 2, c.data(), 0, 9);
+  EXPECT_TRUE(sameBytes(c, c0));
 }
