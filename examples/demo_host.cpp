@@ -41,9 +41,11 @@ struct Demo {
   std::string out;
   const Picture32& card;
   int written = 0;
+  std::vector<Picture32> shown;
 
   void save(const std::string& name, const Picture32& pic, const std::string& what) {
     host::writePng(out + "/" + name + ".png", pic);
+    shown.push_back(pic);
     std::printf("  %-28s %s\n", (name + ".png").c_str(), what.c_str());
     ++written;
   }
@@ -160,6 +162,52 @@ void colour(Demo& d) {
   });
 }
 
+using FnWH = uint32_t(EFFECTS_CALL*)(uint32_t, uint32_t, Pixel32*, int32_t, uint32_t);
+using FnXposure = uint32_t(EFFECTS_CALL*)(uint32_t, uint32_t, Pixel32*, uint8_t, int32_t, uint32_t);
+using FnWHf = uint32_t(EFFECTS_CALL*)(uint32_t, uint32_t, Pixel32*, float);
+using FnSine = uint32_t(EFFECTS_CALL*)(uint32_t, uint32_t, Pixel32*, float, int32_t);
+using FnLevels = uint32_t(EFFECTS_CALL*)(int32_t, Pixel32*, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, float,
+                                         float, float, float, float, float, float, float, int32_t);
+using FnEqualizer = uint32_t(EFFECTS_CALL*)(int32_t, Pixel32*, int32_t, int32_t);
+
+void tonal(Demo& d) {
+  auto contrast = d.lib.get<FnWH>("VexoContrast32");
+  auto brightness = d.lib.get<FnWH>("VexoBrightness32");
+  auto exposure = d.lib.get<FnXposure>("VexoXposure32");
+  auto gamma = d.lib.get<FnWHf>("VexoGamma32");
+  auto sine = d.lib.get<FnSine>("VexoAdjustSine32");
+  auto levels = d.lib.get<FnLevels>("VexoAdjustLevels32");
+  auto equalizer = d.lib.get<FnEqualizer>("VexoEqualizer32");
+  const auto w = static_cast<uint32_t>(d.card.width), h = static_cast<uint32_t>(d.card.height);
+  d.step("brightness", "VexoBrightness32(+60)", [&](Picture32& p) { brightness(w, h, p.pixels.data(), 60, 0); });
+  d.step("contrast", "VexoContrast32(128)", [&](Picture32& p) { contrast(w, h, p.pixels.data(), 128, 0); });
+  d.step("exposure", "VexoXposure32(sine, 100)", [&](Picture32& p) { exposure(w, h, p.pixels.data(), 0, 100, 0); });
+  d.step("gamma", "VexoGamma32(2.2)", [&](Picture32& p) { gamma(w, h, p.pixels.data(), 2.2f); });
+  d.step("sine-red", "VexoAdjustSine32(0.3, red)", [&](Picture32& p) { sine(w, h, p.pixels.data(), 0.3f, 2); });
+  d.step("levels", "VexoAdjustLevels32: inputs 20..230, gamma 0.8", [&](Picture32& p) {
+    levels(p.elementCount(), p.pixels.data(), 230, 20, 230, 20, 230, 20, 0.8f, 0.0f, 255, 0, 255, 0, 255, 0, 1);
+  });
+  d.step("equalizer", "VexoEqualizer32: each pixel's dominant colour", [&](Picture32& p) {
+    equalizer(p.elementCount(), p.pixels.data(), 1, 1);
+  });
+}
+
+// All results side by side at half size, six to a row.
+Picture32 contactSheet(const std::vector<Picture32>& pictures) {
+  const int tw = pictures.front().width / 2, th = pictures.front().height / 2, cols = 6, gap = 4;
+  const int rows = (static_cast<int>(pictures.size()) + cols - 1) / cols;
+  Picture32 sheet(cols * (tw + gap) + gap, rows * (th + gap) + gap);
+  for (Pixel32& p : sheet.pixels) p = Pixel32{48, 48, 48, 255};
+  for (size_t i = 0; i < pictures.size(); ++i) {
+    const int ox = gap + static_cast<int>(i % cols) * (tw + gap), oy = gap + static_cast<int>(i / cols) * (th + gap);
+    for (int y = 0; y < th; ++y)
+      for (int x = 0; x < tw; ++x)
+        sheet.pixels[static_cast<size_t>(oy + y) * sheet.width + ox + x] =
+            pictures[i].pixels[static_cast<size_t>(2 * y) * pictures[i].width + 2 * x];
+  }
+  return sheet;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -176,8 +224,10 @@ int main(int argc, char** argv) {
     buffers(d);
     conversions(d);
     histogram(d);
+    tonal(d);
     colour(d);
-    std::printf("%d pictures written\n", d.written);
+    host::writePng(d.out + "/sheet.png", contactSheet(d.shown));
+    std::printf("%d pictures written, all of them side by side in sheet.png\n", d.written);
   } catch (const std::exception& e) {
     std::fprintf(stderr, "demo_host: %s\n", e.what());
     return 1;
