@@ -2,6 +2,7 @@
 // float sentinel that marks buffer elements a reader must not have written.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
