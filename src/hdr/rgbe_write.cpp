@@ -1,0 +1,87 @@
+// Writing RGBE files from the three layouts, and the in-memory encoders.
+#include <type_traits>
+
+#include "core/layout.h"
+#include "hdr/rgbe_codec.h"
+
+namespace effects {
+namespace {
+
+// One picture element as the float the file encoder takes: 8-bit values
+// times 1/255 in single precision, 16-bit values read as signed and times
+// 1/32767 in double (stored as float), floats as they are.
+inline float scratchValue(uint8_t v) { return v * 0.003921569f; }
+inline float scratchValue(uint16_t v) { return static_cast<float>(static_cast<int16_t>(v) * 3.051850947599719e-5); }
+inline float scratchValue(float v) { return v; }
+
+template <class L>
+void writeFile(const char* fileName, int32_t width, int32_t height, const typename L::Pixel* pixels, float* scratch) {
+  if (std::FILE* f = std::fopen(fileName, "wb")) {
+    std::fprintf(f, "#?%s\n", "RADIANCE");
+    std::fprintf(f, "#%s\n", " Made with 100% Vexocraft HDR");
+    std::fprintf(f, "FORMAT=32-bit_rle_rgbe\n");
+    std::fprintf(f, "EXPOSURE=          1.0000000000000\n\n");
+    std::fprintf(f, "-Y %d +X %d\n", height, width);
+    std::fclose(f);
+  }
+
+  const int64_t count = rgbe::pixelCount(width, height);
+  for (int64_t i = 0; i < count; ++i) {
+    const auto& p = pixels[i];
+    scratch[3 * i] = scratchValue(p.red);
+    scratch[3 * i + 1] = scratchValue(p.green);
+    scratch[3 * i + 2] = scratchValue(p.blue);
+  }
+
+  // Flat pixels, although the header names the run-length format: readers
+  // of the format take a scanline that does not start with 2, 2 as flat.
+  std::FILE* f = std::fopen(fileName, "ab");
+  if (!f) return;
+  uint8_t chunk[4096];
+  size_t used = 0;
+  for (int64_t i = 0; i < count; ++i) {
+    rgbe::encodeTruncating(scratch[3 * i], scratch[3 * i + 1], scratch[3 * i + 2], chunk + used);
+    used += 4;
+    if (used == sizeof chunk) {
+      std::fwrite(chunk, 1, used, f);
+      used = 0;
+    }
+  }
+  if (used) std::fwrite(chunk, 1, used, f);
+  std::fclose(f);
+}
+
+// Red is element 2, green 1, blue 0; the mask is ignored. 8-bit values are
+// scaled by 1/255 in double and handed to the encoder as floats, so 255
+// becomes exactly 1.0f.
+template <class L>
+void toRgbe(int32_t elementCount, const typename L::Pixel* pixels, uint8_t* rgbe) {
+  if (elementCount < 1) return;
+  const uint32_t n = pixelsFor(elementCount);
+  for (uint32_t i = 0; i < n; ++i) {
+    const auto& p = pixels[i];
+    if constexpr (std::is_same_v<L, Layout32>) {
+      rgbe::encodeRounding(static_cast<float>(p.red * 0.00392156862745098),
+                           static_cast<float>(p.green * 0.00392156862745098),
+                           static_cast<float>(p.blue * 0.00392156862745098), rgbe + 4 * i);
+    } else {
+      rgbe::encodeRounding(p.red, p.green, p.blue, rgbe + 4 * i);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace effects
+
+using namespace effects;
+
+extern "C" {
+
+EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_32(const char* fileName, int32_t width, int32_t height, const Pixel32* pixels, float* scratch) { writeFile<Layout32>(fileName, width, height, pixels, scratch); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_64(const char* fileName, int32_t width, int32_t height, const Pixel64* pixels, float* scratch) { writeFile<Layout64>(fileName, width, height, pixels, scratch); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_128(const char* fileName, int32_t width, int32_t height, const Pixel128* pixels, float* scratch) { writeFile<Layout128>(fileName, width, height, pixels, scratch); return 0; }
+
+EFFECTS_API int32_t EFFECTS_CALL Convert128toRGBE(int32_t n, const Pixel128* pixels, uint8_t* rgbe) { toRgbe<Layout128>(n, pixels, rgbe); return n; }
+EFFECTS_API int32_t EFFECTS_CALL Convert32toRGBE(int32_t n, const Pixel32* pixels, uint8_t* rgbe) { toRgbe<Layout32>(n, pixels, rgbe); return n; }
+
+}  // extern "C"

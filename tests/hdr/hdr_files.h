@@ -1,0 +1,57 @@
+// File helpers for the HDR tests: scratch paths, whole-file reads, and the
+// float sentinel that marks buffer elements a reader must not have written.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace effects::test {
+
+inline std::string scratchPath(const std::string& name) {
+  return (std::filesystem::temp_directory_path() / ("effects_hdr_" + name)).string();
+}
+
+inline std::vector<uint8_t> fileBytes(const std::string& path) {
+  std::vector<uint8_t> out;
+  if (std::FILE* f = std::fopen(path.c_str(), "rb")) {
+    uint8_t buf[4096];
+    size_t got;
+    while ((got = std::fread(buf, 1, sizeof buf, f)) > 0) out.insert(out.end(), buf, buf + got);
+    std::fclose(f);
+  }
+  return out;
+}
+
+inline void writeBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
+  std::FILE* f = std::fopen(path.c_str(), "wb");
+  std::fwrite(bytes.data(), 1, bytes.size(), f);
+  std::fclose(f);
+}
+
+inline std::vector<uint8_t> bytesOf(const std::string& s) { return {s.begin(), s.end()}; }
+
+// A quiet NaN with a payload no decoder produces.
+inline float sentinel() {
+  const uint32_t bits = 0x7fc0beefu;
+  float f;
+  std::memcpy(&f, &bits, 4);
+  return f;
+}
+inline bool isSentinel(float f) {
+  uint32_t bits;
+  std::memcpy(&bits, &f, 4);
+  return bits == 0x7fc0beefu;
+}
+
+// What the file decoder gives for one RGBE quadruple.
+inline void expectedDecode(const uint8_t q[4], float out[3]) {
+  for (int c = 0; c < 3; ++c)
+    out[c] = q[3] == 0 ? 0.0f : static_cast<float>((q[c] + 0.5) * std::ldexp(1.0, q[3] - 136));
+}
+
+}  // namespace effects::test
