@@ -218,7 +218,7 @@ int main(int argc, char** argv) {
   try {
     Library lib(argv[1]);
     const Picture32 card = makeCard(320, 240);
-    Demo d{lib, argv[2], card};
+    Demo d{lib, argv[2], card, 0, {}};
     std::printf("writing to %s:\n", argv[2]);
     d.save("card", card, "the test card the others start from");
     buffers(d);
