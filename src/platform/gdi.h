@@ -63,7 +63,9 @@ int32_t setDIBitsToDevice(DeviceContext dc, int32_t x, int32_t y, uint32_t width
 // device's bitmap.
 uint32_t getPixel(DeviceContext dc, int32_t x, int32_t y);
 
-// SetPixelV: sets (x, y) to the colour 0x00BBGGRR; false outside.
+// SetPixelV: sets (x, y) to the colour 0x00BBGGRR (fourth byte 0). A point
+// outside is clipped away and still counts as success; false only when there
+// is nothing to draw on.
 bool setPixelV(DeviceContext dc, int32_t x, int32_t y, uint32_t colour);
 
 }  // namespace effects::platform

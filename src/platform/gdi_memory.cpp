@@ -195,7 +195,9 @@ uint32_t getPixel(DeviceContext dc, int32_t x, int32_t y) {
 
 bool setPixelV(DeviceContext dc, int32_t x, int32_t y, uint32_t colour) {
   EffectsBitmap* bm = selectedBitmap(dc);
-  if (!bm || x < 0 || y < 0 || x >= bm->width || y >= bm->height) return false;
+  if (!bm) return false;
+  // a point outside is clipped away, which GDI counts as success
+  if (x < 0 || y < 0 || x >= bm->width || y >= bm->height) return true;
   uint8_t* p = pixelAt(*bm, x, y);
   p[0] = static_cast<uint8_t>(colour >> 16);
   p[1] = static_cast<uint8_t>(colour >> 8);

@@ -156,12 +156,28 @@ TEST(GdiGetDIBits, FormatQueryAndReadsInBothRowOrders) {
   EXPECT_EQ(two[16 + 4 * 3 + 1], 1);
   EXPECT_EQ(two[16 + 4 * 3 + 0], 4);
 
+  // a taller picture than the bitmap: its extra bottom scans come back blank
+  h = header(5, 6, 24);
+  std::vector<uint8_t> tall(96, 0xEE);
+  EXPECT_EQ(getDIBits(s.dc(), s.bitmap(), 0, 6, tall.data(), &h, kRgbColours), 4);
+  EXPECT_EQ(tall[0], 0);
+  EXPECT_EQ(tall[16 + 14], 0);
+  EXPECT_EQ(tall[32 + 3 * 3 + 1], 3);  // then bitmap rows 3, 2, 1, 0
+  EXPECT_EQ(tall[80 + 1], 0);
+
+  // top-down with fewer lines than the picture: the rows nearest its bottom
+  h = header(5, -4, 32);
+  std::vector<uint32_t> half(10, 0);
+  EXPECT_EQ(getDIBits(s.dc(), s.bitmap(), 0, 2, half.data(), &h, kRgbColours), 2);
+  EXPECT_EQ(half[0], 0x7F000200u);
+  EXPECT_EQ(half[9], 0x7F000304u);
+
   // 32 bits, top-down
   h = header(5, -4, 32);
   std::vector<uint32_t> px(20, 0);
   EXPECT_EQ(getDIBits(s.dc(), s.bitmap(), 0, 4, px.data(), &h, kRgbColours), 4);
   EXPECT_EQ(px[0] & 0xFFFFFFu, 0u);
-  EXPECT_EQ(px[7] & 0xFFFFFFu, 0x000102u);
+  EXPECT_EQ(px[7], 0x7F000102u);  // the fourth byte is read too
   EXPECT_EQ(px[19] & 0xFFFFFFu, 0x000304u);
 }
 
@@ -176,7 +192,7 @@ TEST(GdiSetDIBits, WritesBottomUpRows) {
     }
   const BitmapHeader h = header(3, 2, 24);
   EXPECT_EQ(setDIBits(s.dc(), s.bitmap(), 0, 2, rows.data(), &h, kRgbColours), 2);
-  EXPECT_EQ(s.at(0, 1) & 0xFFFFFFu, 0x440000u);
+  EXPECT_EQ(s.at(0, 1), 0x00440000u);  // 24-bit rows leave a fourth byte of 0
   EXPECT_EQ(s.at(2, 0) & 0xFFFFFFu, 0x440102u);
 }
 
@@ -185,10 +201,13 @@ TEST(GdiPixels, ReadAndWriteSinglePixels) {
   EXPECT_EQ(getPixel(s.dc(), 2, 1), 0x00332211u);  // 0x00BBGGRR
   for (auto [x, y] : {std::pair{-1, 0}, {3, 0}, {0, 2}, {0, -1}}) {
     EXPECT_EQ(getPixel(s.dc(), x, y), kInvalidColour);
-    EXPECT_FALSE(setPixelV(s.dc(), x, y, 0));
+    EXPECT_TRUE(setPixelV(s.dc(), x, y, 0));  // clipped away, not an error
   }
+  EXPECT_EQ(s.at(0, 0), kFill);
   EXPECT_TRUE(setPixelV(s.dc(), 1, 0, 0x00CCBBAAu));
-  EXPECT_EQ(s.at(1, 0) & 0xFFFFFFu, 0xAABBCCu);
+  EXPECT_EQ(s.at(1, 0), 0xAABBCCu);  // fourth byte 0
   EXPECT_EQ(getPixel(s.dc(), 1, 0), 0x00CCBBAAu);
   EXPECT_EQ(s.at(0, 0), kFill);
+  EXPECT_EQ(getPixel(nullptr, 0, 0), kInvalidColour);
+  EXPECT_FALSE(setPixelV(nullptr, 0, 0, 0));
 }
