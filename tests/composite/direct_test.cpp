@@ -89,11 +89,12 @@ TEST(BitBlt, FloatsTravelBitForBitAndFlipTwiceIsTheIdentity) {
 }
 
 TEST(DirectDrawRegional, TruncatedEightBitFactorAndOtherLayouts) {
-  std::vector<Pixel32> s8{{200, 128, 255, 255}, {100, 100, 100, 128}, {9, 9, 9, 0}};
-  std::vector<Pixel32> d8{{0, 0, 0, 7}, {50, 50, 50, 8}, {1, 2, 3, 4}};
-  EXPECT_EQ(Vexo32DirectDrawRegional(12, s8.data(), d8.data()), 1);
+  std::vector<Pixel32> s8{{200, 128, 255, 255}, {100, 100, 100, 128}, {9, 9, 9, 0}, {0, 0, 218, 31}};
+  std::vector<Pixel32> d8{{0, 0, 0, 7}, {50, 50, 50, 8}, {1, 2, 3, 4}, {0, 0, 0, 9}};
+  EXPECT_EQ(Vexo32DirectDrawRegional(16, s8.data(), d8.data()), 1);
   // round(200 x 0.999855) = 200, 127.98 -> 128, 254.96 -> 255; 50 + 50 x 128 x 0.003921 = 75.09
   EXPECT_TRUE(d8[0].blue == 200 && d8[0].green == 128 && d8[0].red == 255 && d8[0].mask == 7);
+  EXPECT_EQ(d8[3].red, 26);  // 218 x 31 x 0.003921 = 26.498; with 1/255 it would be 26.502 -> 27
   EXPECT_TRUE(d8[1].blue == 75 && d8[2].blue == 1);  // mask 0: untouched
   std::vector<Pixel64> s16{{30000, 0, 100, 32767}, {30000, 0, 0, 16384}, {5, 5, 5, 5}};
   std::vector<Pixel64> d16{{0, 1000, 100, 1}, {0, 0, 0, 2}, {0, 0, 0, 3}};

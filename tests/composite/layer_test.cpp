@@ -138,4 +138,8 @@ TEST(AdvancedMaskDIB, AddsAndErasesTheSquaredMaskOnly) {
   EXPECT_TRUE(cF.mask == 0.5f && display.mask == 128);  // unrounded; round(127.5) to even
   for (int i = 0; i < 3; ++i) Vexo128AdvancedMaskDIB(nullptr, 0, 0, 1, 1, &display, &sF, &cF, 1, 1, 100, 1);
   EXPECT_EQ(cF.mask, 0.0f);  // clamped at 0
+  const Pixel128 none{0, 0, 0, 0};
+  cF.mask = 1.5f;
+  Vexo128AdvancedMaskDIB(nullptr, 0, 0, 1, 1, &display, &none, &cF, 1, 1, 100, 2);
+  EXPECT_EQ(cF.mask, 1.5f);  // mask 0 is skipped, not clamped
 }
