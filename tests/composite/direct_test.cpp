@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <vector>
 
@@ -47,6 +48,15 @@ TEST(DirectBitBlt, PastesEveryCoveredPixelAndOnlyThose) {
         EXPECT_EQ(std::memcmp(&canvas[i], &want, 4), 0) << p.x << "," << p.y << " flip " << k.flip << " at " << i;
       }
     }
+}
+
+TEST(DirectBitBlt, FarAwayPositionsTouchNothing) {
+  auto canvas = pattern32(kCw * kCh, 8);
+  const auto before = canvas;
+  const std::vector<Pixel32> region(25);
+  for (auto [x, y] : {std::pair{INT32_MAX - 1, 0}, {0, INT32_MAX - 1}, {INT32_MIN, 0}, {0, INT32_MIN + 2}})
+    EXPECT_EQ(Vexo32DirectBitBltMaskDIB(x, y, 5, 5, region.data(), canvas.data(), kCw, kCh), 1);
+  EXPECT_TRUE(sameBytes(canvas, before));
 }
 
 TEST(BitBlt, CutsOnlyTheCoveredRegionPixels) {
