@@ -1,0 +1,183 @@
+// Layer compositing with presentation: a layer is blended onto an equally
+// sized destination or placed on a larger canvas, and the 8-bit picture of
+// the result is handed to a device context. The arithmetic is the blend
+// engine's; this file adds the walks, the display pictures and the hand-off.
+#include <type_traits>
+
+#include "composite/blend.h"
+#include "composite/canvas.h"
+#include "composite/clip.h"
+#include "composite/present.h"
+#include "core/layout.h"
+#include "core/numeric.h"
+
+namespace effects::composite {
+namespace {
+
+using blend::Weight;
+
+// A 15-bit element shown in 8 bits: its top eight bits.
+inline uint8_t shown(uint16_t v) { return static_cast<uint8_t>(v >> 7); }
+
+// The float canvas after modes 1 to 16 is shown as v = x x 255 clamped to
+// 0..255 and rounded; mode 0 uses Q8 instead, which sends values below 1/255
+// to 0 and above 254/255 to 255. The two differ on purpose.
+inline uint8_t shownClamped(float x) {
+  return roundLowByte(clampTo(x * 255, 0.0f, 255.0f));
+}
+
+// The picture of a non-Direct composite: 16 bits shifted down to 8 (the
+// fourth byte is left as it was), float through Q8 in all four elements.
+inline void showWhole(const Pixel64& p, Pixel32& out) {
+  out.blue = shown(p.blue); out.green = shown(p.green); out.red = shown(p.red);
+}
+inline void showWhole(const Pixel128& p, Pixel32& out) {
+  out.blue = Q8(p.blue); out.green = Q8(p.green); out.red = Q8(p.red); out.mask = Q8(p.mask);
+}
+
+// Source and destination of equal size, composited index for index (with
+// flip, destination row r takes source row height - 1 - r). The 8-bit
+// destination is itself the picture; the others are shown through `display`.
+template <class L>
+int32_t advanced(void* dc, int32_t x, int32_t y, int32_t width, int32_t height,
+                 typename L::Pixel* dst, const typename L::Pixel* src, Pixel32* display,
+                 uint8_t opacity, int32_t mode, bool flip) {
+  if (opacity == 0) return -1;
+  const Weight<L> w(opacity);
+  constexpr bool ownPicture = std::is_same_v<L, Layout32>;
+  if (width > 0 && height > 0) {
+    const size_t cols = static_cast<size_t>(width), rows = static_cast<size_t>(height);
+    const bool known = blend::withMode(mode, [&](auto m) {
+      for (size_t r = 0; r < rows; ++r) {
+        typename L::Pixel* d = dst + r * cols;
+        const typename L::Pixel* s = src + (flip ? rows - 1 - r : r) * cols;
+        Pixel32* out = ownPicture ? nullptr : display + r * cols;
+        for (size_t c = 0; c < cols; ++c) {
+          blend::blendPixel<L, decltype(m)::value>(d[c], s[c], w);
+          if constexpr (!ownPicture) showWhole(d[c], out[c]);
+        }
+      }
+    });
+    if constexpr (!ownPicture) {
+      // an unknown mode blends nothing, but the picture still shows the destination
+      if (!known) {
+        for (size_t i = 0; i < rows * cols; ++i) showWhole(dst[i], display[i]);
+      }
+    }
+  }
+  const Pixel32* picture = ownPicture ? reinterpret_cast<const Pixel32*>(dst) : display;
+  const uint32_t rowsAbs = height < 0 ? 0u - static_cast<uint32_t>(height) : static_cast<uint32_t>(height);
+  present(dc, x, y, width, height, static_cast<uint32_t>(height),
+          rowsAbs * static_cast<uint32_t>(width) * 4u, picture);
+  return 1;
+}
+
+// The image size carried in the header of the Direct and Mask exports: the
+// canvas width, not the drawn width.
+inline uint32_t canvasImageSize(int32_t canvasWidth, int32_t height) {
+  return static_cast<uint32_t>(canvasWidth) * 4u * static_cast<uint32_t>(height);
+}
+
+// The source placed at (x, y) on the canvas and clipped to it; each covered
+// pixel's display pixel (bottom-up) is written after it, blended or not. The
+// scan-line count handed to the device is the clipped row end.
+template <class L>
+int32_t advancedDirect(void* dc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* display,
+                       const typename L::Pixel* src, typename L::Pixel* canvas, int32_t canvasWidth,
+                       int32_t canvasHeight, uint8_t opacity, int32_t mode) {
+  if (opacity == 0) return -1;
+  if (mode < 0 || mode >= blend::kModeCount) return 0;
+  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
+  const Weight<L> w(opacity);
+  if constexpr (std::is_same_v<L, Layout32>) {
+    compositeOnCanvas<L>(p, src, canvas, w, mode, [display](const Pixel32& c, size_t i) {
+      display[i].blue = c.blue; display[i].green = c.green; display[i].red = c.red;
+    });
+  } else if constexpr (std::is_same_v<L, Layout64>) {
+    compositeOnCanvas<L>(p, src, canvas, w, mode, [display](const Pixel64& c, size_t i) {
+      display[i].blue = shown(c.blue); display[i].green = shown(c.green); display[i].red = shown(c.red);
+    });
+  } else if (mode == blend::Normal) {
+    compositeOnCanvas<L>(p, src, canvas, w, mode, [display](const Pixel128& c, size_t i) {
+      display[i].blue = Q8(c.blue); display[i].green = Q8(c.green); display[i].red = Q8(c.red);
+    });
+  } else {
+    compositeOnCanvas<L>(p, src, canvas, w, mode, [display](const Pixel128& c, size_t i) {
+      display[i].blue = shownClamped(c.blue);
+      display[i].green = shownClamped(c.green);
+      display[i].red = shownClamped(c.red);
+    });
+  }
+  present(dc, x, y, width, height, static_cast<uint32_t>(p.rowEnd), canvasImageSize(canvasWidth, height),
+          display);
+  return 1;
+}
+
+// Painting into the canvas mask: q = m x k x m (rounded in the integer
+// layouts); mode 2 adds it, mode 1 takes it away, clamped to 0..M; any other
+// mode changes nothing. Only the display's fourth byte is written.
+template <class L>
+typename L::Element paintedMask(typename L::Element c, typename L::Element m, const Weight<L>& w,
+                                int32_t mode) {
+  if constexpr (std::is_same_v<L, Layout128>) {
+    const double amount = static_cast<double>(m) * w.k * static_cast<double>(m);
+    if (mode == 2) return static_cast<float>(std::min(1.0, static_cast<double>(c) + amount));
+    if (mode == 1) return static_cast<float>(std::max(0.0, static_cast<double>(c) - amount));
+    return c;
+  } else {
+    using A = typename Weight<L>::Type;
+    const int64_t q = roundToInt32(static_cast<A>(m) * w.k * static_cast<A>(m));
+    if (mode == 2) return static_cast<typename L::Element>(std::min<int64_t>(L::full, c + q));
+    if (mode == 1) return static_cast<typename L::Element>(std::max<int64_t>(0, c - q));
+    return c;
+  }
+}
+
+inline uint8_t shownMask(uint8_t m) { return m; }
+inline uint8_t shownMask(uint16_t m) { return shown(m); }
+inline uint8_t shownMask(float m) { return roundLowByte(m * 255); }
+
+template <class L>
+int32_t advancedMask(void* dc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* display,
+                     const typename L::Pixel* src, typename L::Pixel* canvas, int32_t canvasWidth,
+                     int32_t canvasHeight, uint8_t opacity, int32_t mode) {
+  if (opacity == 0) return -1;
+  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
+  const Weight<L> w(opacity);
+  p.forEach([&](size_t ci, size_t ri, size_t di) {
+    const auto m = src[ri].mask;
+    if (m != 0) canvas[ci].mask = paintedMask<L>(canvas[ci].mask, m, w, mode);
+    display[di].mask = shownMask(canvas[ci].mask);
+  });
+  present(dc, x, y, width, height, static_cast<uint32_t>(p.rowEnd), canvasImageSize(canvasWidth, height),
+          display);
+  return 1;
+}
+
+}  // namespace
+}  // namespace effects::composite
+
+using namespace effects;
+using namespace effects::composite;
+
+extern "C" {
+
+EFFECTS_API int32_t EFFECTS_CALL Vexo32AdvancedDIB(void* hdc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* destination, const Pixel32* source, uint8_t opacity, int32_t mode) { return advanced<Layout32>(hdc, x, y, width, height, destination, source, nullptr, opacity, mode, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo32AdvancedFlipDIB(void* hdc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* destination, const Pixel32* source, uint8_t opacity, int32_t mode) { return advanced<Layout32>(hdc, x, y, width, height, destination, source, nullptr, opacity, mode, true); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64AdvancedDIB(void* hdc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel64* destination, const Pixel64* source, Pixel32* display, uint8_t opacity, int32_t mode) { return advanced<Layout64>(hdc, x, y, width, height, destination, source, display, opacity, mode, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128AdvancedDIB(void* hdc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel128* destination, const Pixel128* source, Pixel32* display, uint8_t opacity, int32_t mode) { return advanced<Layout128>(hdc, x, y, width, height, destination, source, display, opacity, mode, false); }
+
+EFFECTS_API int32_t EFFECTS_CALL Vexo32AdvancedDirectDIB(void* hdc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* display, const Pixel32* source, Pixel32* canvas, int32_t canvasWidth, int32_t canvasHeight, uint8_t opacity, int32_t mode) { return advancedDirect<Layout32>(hdc, x, y, width, height, display, source, canvas, canvasWidth, canvasHeight, opacity, mode); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64AdvancedDirectDIB(void* hdc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* display, const Pixel64* source, Pixel64* canvas, int32_t canvasWidth, int32_t canvasHeight, uint8_t opacity, int32_t mode) { return advancedDirect<Layout64>(hdc, x, y, width, height, display, source, canvas, canvasWidth, canvasHeight, opacity, mode); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128AdvancedDirectDIB(void* hdc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* display, const Pixel128* source, Pixel128* canvas, int32_t canvasWidth, int32_t canvasHeight, uint8_t opacity, int32_t mode) { return advancedDirect<Layout128>(hdc, x, y, width, height, display, source, canvas, canvasWidth, canvasHeight, opacity, mode); }
+
+EFFECTS_API int32_t EFFECTS_CALL Vexo32AdvancedMaskDIB(void* hdc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* display, const Pixel32* source, Pixel32* canvas, int32_t canvasWidth, int32_t canvasHeight, uint8_t opacity, int32_t mode) { return advancedMask<Layout32>(hdc, x, y, width, height, display, source, canvas, canvasWidth, canvasHeight, opacity, mode); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64AdvancedMaskDIB(void* hdc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* display, const Pixel64* source, Pixel64* canvas, int32_t canvasWidth, int32_t canvasHeight, uint8_t opacity, int32_t mode) { return advancedMask<Layout64>(hdc, x, y, width, height, display, source, canvas, canvasWidth, canvasHeight, opacity, mode); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128AdvancedMaskDIB(void* hdc, int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* display, const Pixel128* source, Pixel128* canvas, int32_t canvasWidth, int32_t canvasHeight, uint8_t opacity, int32_t mode) { return advancedMask<Layout128>(hdc, x, y, width, height, display, source, canvas, canvasWidth, canvasHeight, opacity, mode); }
+
+// The per-byte average of blue, green and red, each rounded down; the fourth
+// byte comes out 0.
+EFFECTS_API int32_t EFFECTS_CALL Blending(uint32_t a, uint32_t b) { return static_cast<int32_t>(((a >> 1) & 0x7F7F7Fu) + ((b >> 1) & 0x7F7F7Fu)); }
+EFFECTS_API double EFFECTS_CALL Blending128(float a, float b) { return (static_cast<double>(a) + static_cast<double>(b)) * 0.5; }
+
+}  // extern "C"

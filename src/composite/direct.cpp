@@ -1,0 +1,141 @@
+// Compositing and copying between a region and a canvas without a device:
+// blending a layer into a canvas, pasting a region in and cutting it back out
+// (optionally upside down, with or without the mask), merging two equal
+// buffers through the source mask, and painting a layer mask into a canvas
+// mask.
+#include <type_traits>
+
+#include "composite/blend.h"
+#include "composite/canvas.h"
+#include "composite/clip.h"
+#include "core/layout.h"
+#include "core/numeric.h"
+
+namespace effects::composite {
+namespace {
+
+template <class L>
+int32_t directBlend(int32_t x, int32_t y, int32_t width, int32_t height, const typename L::Pixel* src,
+                    typename L::Pixel* canvas, int32_t canvasWidth, int32_t canvasHeight, int32_t opacity,
+                    int32_t mode) {
+  if (opacity == 0) return -1;
+  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
+  if (p.rowStart >= p.rowEnd) return 1;
+  compositeOnCanvas<L>(p, src, canvas, blend::Weight<L>(opacity), mode, NoDisplay{});
+  return 1;
+}
+
+template <class P>
+inline void copyPixel(P& to, const P& from, bool withMask) {
+  if (withMask) {
+    to = from;
+  } else {
+    to.blue = from.blue; to.green = from.green; to.red = from.red;
+  }
+}
+
+// Region into canvas. Elements are copied as they are, no conversion.
+template <class P>
+int32_t pasteRegion(int32_t x, int32_t y, int32_t width, int32_t height, const P* region, P* canvas,
+                    int32_t canvasWidth, int32_t canvasHeight, bool flip, bool withMask) {
+  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
+  if (p.rowStart >= p.rowEnd) return 1;
+  p.forEach([&](size_t ci, size_t ri, size_t fi) { copyPixel(canvas[ci], region[flip ? fi : ri], withMask); });
+  return 1;
+}
+
+// Canvas into region: only region pixels over a covered canvas pixel change.
+template <class P>
+int32_t cutRegion(int32_t x, int32_t y, int32_t width, int32_t height, P* region, const P* canvas,
+                  int32_t canvasWidth, int32_t canvasHeight, bool flip, bool withMask) {
+  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
+  if (p.rowStart >= p.rowEnd) return 1;
+  p.forEach([&](size_t ci, size_t ri, size_t fi) { copyPixel(region[flip ? fi : ri], canvas[ci], withMask); });
+  return 1;
+}
+
+// d + (s - d) x m x f through the source mask. The 8-bit factor is the
+// truncated 0.003921 (a full mask weighs 0.999855, not 1): intended.
+inline uint8_t regional(uint8_t d, uint8_t s, uint8_t m) {
+  return roundLowByte(static_cast<float>(d) + static_cast<float>((s - d) * m) * 0.003921f);
+}
+inline uint16_t regional(uint16_t d, uint16_t s, uint16_t m) {
+  const int64_t product = (int64_t{s} - int64_t{d}) * int64_t{m};
+  return roundLowWord(static_cast<double>(d) + static_cast<double>(product) * 3.051850947599e-5);
+}
+inline float regional(float d, float s, float m) { return d + (s - d) * m; }
+
+template <class L>
+void drawRegional(int32_t elementCount, const typename L::Pixel* src, typename L::Pixel* dst) {
+  if (elementCount < 1) return;
+  const uint32_t n = pixelsFor(elementCount);
+  for (uint32_t i = 0; i < n; ++i) {
+    const auto& s = src[i];
+    if (s.mask == 0) continue;
+    auto& d = dst[i];
+    d.blue = regional(d.blue, s.blue, s.mask);
+    d.green = regional(d.green, s.green, s.mask);
+    d.red = regional(d.red, s.red, s.mask);
+  }
+}
+
+// The canvas mask c moves toward the region mask m: round(m x k x (m - c) + c)
+// with k = opacity x 3.92156862e-5, all in single precision.
+int32_t directMask(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel32* src, Pixel32* canvas,
+                   int32_t canvasWidth, int32_t canvasHeight, int32_t opacity) {
+  if (opacity == 0) return -1;
+  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
+  if (p.rowStart >= p.rowEnd) return 1;
+  const float k = static_cast<float>(opacity) * 3.92156862e-5f;
+  p.forEach([&](size_t ci, size_t ri, size_t) {
+    const uint8_t m = src[ri].mask;
+    if (m == 0) return;
+    const uint8_t c = canvas[ci].mask;
+    canvas[ci].mask = roundLowByte(static_cast<float>(m) * k * static_cast<float>(m - c) + static_cast<float>(c));
+  });
+  return 1;
+}
+
+}  // namespace
+}  // namespace effects::composite
+
+using namespace effects;
+using namespace effects::composite;
+
+extern "C" {
+
+EFFECTS_API int32_t EFFECTS_CALL Vexo32DirectDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel32* source, Pixel32* canvas, int32_t canvasWidth, int32_t canvasHeight, int32_t opacity, int32_t mode) { return directBlend<Layout32>(x, y, width, height, source, canvas, canvasWidth, canvasHeight, opacity, mode); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64DirectDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel64* source, Pixel64* canvas, int32_t canvasWidth, int32_t canvasHeight, int32_t opacity, int32_t mode) { return directBlend<Layout64>(x, y, width, height, source, canvas, canvasWidth, canvasHeight, opacity, mode); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128DirectDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel128* source, Pixel128* canvas, int32_t canvasWidth, int32_t canvasHeight, int32_t opacity, int32_t mode) { return directBlend<Layout128>(x, y, width, height, source, canvas, canvasWidth, canvasHeight, opacity, mode); }
+
+EFFECTS_API int32_t EFFECTS_CALL Vexo32DirectBitBltDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel32* source, Pixel32* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, false, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64DirectBitBltDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel64* source, Pixel64* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, false, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128DirectBitBltDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel128* source, Pixel128* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, false, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo32DirectBitBltMaskDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel32* source, Pixel32* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, false, true); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64DirectBitBltMaskDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel64* source, Pixel64* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, false, true); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128DirectBitBltMaskDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel128* source, Pixel128* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, false, true); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo32DirectBitBltFlipDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel32* source, Pixel32* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, true, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64DirectBitBltFlipDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel64* source, Pixel64* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, true, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128DirectBitBltFlipDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel128* source, Pixel128* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, true, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo32DirectBitBltFlipMaskDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel32* source, Pixel32* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, true, true); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64DirectBitBltFlipMaskDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel64* source, Pixel64* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, true, true); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128DirectBitBltFlipMaskDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel128* source, Pixel128* canvas, int32_t canvasWidth, int32_t canvasHeight) { return pasteRegion(x, y, width, height, source, canvas, canvasWidth, canvasHeight, true, true); }
+
+EFFECTS_API int32_t EFFECTS_CALL Vexo32BitBltDIB(int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* region, const Pixel32* canvas, int32_t canvasWidth, int32_t canvasHeight) { return cutRegion(x, y, width, height, region, canvas, canvasWidth, canvasHeight, false, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64BitBltDIB(int32_t x, int32_t y, int32_t width, int32_t height, Pixel64* region, const Pixel64* canvas, int32_t canvasWidth, int32_t canvasHeight) { return cutRegion(x, y, width, height, region, canvas, canvasWidth, canvasHeight, false, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128BitBltDIB(int32_t x, int32_t y, int32_t width, int32_t height, Pixel128* region, const Pixel128* canvas, int32_t canvasWidth, int32_t canvasHeight) { return cutRegion(x, y, width, height, region, canvas, canvasWidth, canvasHeight, false, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo32BitBltFlipDIB(int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* region, const Pixel32* canvas, int32_t canvasWidth, int32_t canvasHeight) { return cutRegion(x, y, width, height, region, canvas, canvasWidth, canvasHeight, true, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64BitBltFlipDIB(int32_t x, int32_t y, int32_t width, int32_t height, Pixel64* region, const Pixel64* canvas, int32_t canvasWidth, int32_t canvasHeight) { return cutRegion(x, y, width, height, region, canvas, canvasWidth, canvasHeight, true, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128BitBltFlipDIB(int32_t x, int32_t y, int32_t width, int32_t height, Pixel128* region, const Pixel128* canvas, int32_t canvasWidth, int32_t canvasHeight) { return cutRegion(x, y, width, height, region, canvas, canvasWidth, canvasHeight, true, false); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo32BitBltFlipMaskDIB(int32_t x, int32_t y, int32_t width, int32_t height, Pixel32* region, const Pixel32* canvas, int32_t canvasWidth, int32_t canvasHeight) { return cutRegion(x, y, width, height, region, canvas, canvasWidth, canvasHeight, true, true); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64BitBltFlipMaskDIB(int32_t x, int32_t y, int32_t width, int32_t height, Pixel64* region, const Pixel64* canvas, int32_t canvasWidth, int32_t canvasHeight) { return cutRegion(x, y, width, height, region, canvas, canvasWidth, canvasHeight, true, true); }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128BitBltFlipMaskDIB(int32_t x, int32_t y, int32_t width, int32_t height, Pixel128* region, const Pixel128* canvas, int32_t canvasWidth, int32_t canvasHeight) { return cutRegion(x, y, width, height, region, canvas, canvasWidth, canvasHeight, true, true); }
+
+EFFECTS_API int32_t EFFECTS_CALL Vexo32DirectDrawRegional(int32_t elementCount, const Pixel32* source, Pixel32* destination) { drawRegional<Layout32>(elementCount, source, destination); return 1; }
+EFFECTS_API int32_t EFFECTS_CALL Vexo64DirectDrawRegional(int32_t elementCount, const Pixel64* source, Pixel64* destination) { drawRegional<Layout64>(elementCount, source, destination); return 1; }
+EFFECTS_API int32_t EFFECTS_CALL Vexo128DirectDrawRegional(int32_t elementCount, const Pixel128* source, Pixel128* destination) { drawRegional<Layout128>(elementCount, source, destination); return 1; }
+
+// The tenth argument is accepted and not used.
+EFFECTS_API int32_t EFFECTS_CALL Vexo32DirectMaskDIB(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel32* source, Pixel32* canvas, int32_t canvasWidth, int32_t canvasHeight, int32_t opacity, int32_t) { return directMask(x, y, width, height, source, canvas, canvasWidth, canvasHeight, opacity); }
+
+}  // extern "C"

@@ -1,0 +1,211 @@
+// The in-memory stand-in for GDI, used everywhere but Windows. A device
+// context and a bitmap are the host-owned EffectsDeviceContext and
+// EffectsBitmap of include/effects/surface.h (32-bit pixels, top row first).
+// Each call follows the rules of its GDI namesake for the cases the library
+// uses: 24- and 32-bit BI_RGB pictures, rows padded to 4 bytes, bottom-up rows
+// for a positive height, start scan and scan count, clipping to the bitmap.
+#if !defined(_WIN32)
+
+#include <algorithm>
+#include <cstring>
+
+#include "effects/surface.h"
+#include "platform/gdi.h"
+
+namespace effects::platform {
+namespace {
+
+EffectsBitmap* bitmapOf(Bitmap b) {
+  auto* bm = static_cast<EffectsBitmap*>(b);
+  if (!bm || !bm->bits || bm->width <= 0 || bm->height <= 0) return nullptr;
+  return bm;
+}
+
+EffectsBitmap* selectedBitmap(DeviceContext dc) {
+  return dc ? bitmapOf(static_cast<EffectsDeviceContext*>(dc)->bitmap) : nullptr;
+}
+
+uint8_t* pixelAt(const EffectsBitmap& bm, int64_t x, int64_t y) {
+  return bm.bits + (static_cast<size_t>(y) * static_cast<size_t>(bm.width) + static_cast<size_t>(x)) * 4u;
+}
+
+int64_t abs64(int32_t v) { return v < 0 ? -static_cast<int64_t>(v) : v; }
+
+// Only uncompressed 24- and 32-bit pictures of a sensible size are handled.
+bool usableFormat(const BitmapHeader* h) {
+  return h && h->biCompression == kRgb && (h->biBitCount == 24 || h->biBitCount == 32) &&
+         h->biWidth > 0 && h->biHeight != 0;
+}
+
+// One picture pixel onto the bitmap: a 32-bit pixel carries its fourth byte
+// along, a 24-bit one arrives with a fourth byte of 0.
+void putPixel(uint8_t* to, const uint8_t* from, uint32_t bitCount) {
+  to[0] = from[0]; to[1] = from[1]; to[2] = from[2];
+  to[3] = bitCount == 32 ? from[3] : 0;
+}
+
+void getPixelBytes(uint8_t* to, const uint8_t* from, uint32_t bitCount) {
+  to[0] = from[0]; to[1] = from[1]; to[2] = from[2];
+  if (bitCount == 32) to[3] = from[3];
+}
+
+// The rows of a caller's buffer of `lines` rows that starts at scan `start`:
+// buffer row j (in memory order) holds bitmap row rowOf(j) (top row 0), or
+// nothing when that falls outside the bitmap. `lines` is the count GDI
+// settles on (limited to the picture for a bottom-up one).
+struct ScanMap {
+  int64_t pictureHeight;
+  bool topDown;
+  int64_t start, lines;
+  int64_t rowOf(int64_t j) const {
+    if (topDown) return j + (pictureHeight - lines - start);
+    return pictureHeight - 1 - start - j;
+  }
+};
+
+}  // namespace
+
+int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t lines, void* bits,
+                  BitmapHeader* header, uint32_t usage) {
+  EffectsBitmap* bm = bitmapOf(bitmap);
+  if (!dc || !bm || !header || usage > 1) return 0;
+  const int64_t height = abs64(header->biHeight);
+  if (lines == 0 || start >= height) bits = nullptr;
+  if (!bits && header->biBitCount == 0) {
+    // Format query: the bitmap's own description (32 bits, bit fields).
+    header->biWidth = bm->width;
+    header->biHeight = bm->height;
+    header->biPlanes = 1;
+    header->biBitCount = 32;
+    header->biCompression = kBitFields;
+    header->biSizeImage = dibStride(bm->width, 32) * static_cast<uint32_t>(bm->height);
+    header->biXPelsPerMeter = header->biYPelsPerMeter = 0;
+    header->biClrUsed = header->biClrImportant = 0;
+    return 1;
+  }
+  if (!usableFormat(header) || header->biPlanes == 0 || !bits) return 0;
+
+  ScanMap map{height, header->biHeight < 0, start, lines};
+  if (!map.topDown) {
+    map.lines = std::min<int64_t>(lines, height - start);
+  } else if (height - map.lines - start < 0) {
+    map.lines = height - start;
+  }
+  const uint32_t bitCount = header->biBitCount;
+  const size_t stride = dibStride(header->biWidth, bitCount);
+  const int64_t columns = std::min<int64_t>(header->biWidth, bm->width);
+  auto* out = static_cast<uint8_t*>(bits);
+  int32_t copied = 0;
+  const int64_t rows = map.topDown ? std::min(map.lines, height) : map.lines;
+  for (int64_t j = 0; j < rows; ++j) {
+    const int64_t row = map.rowOf(j);
+    uint8_t* line = out + static_cast<size_t>(j) * stride;
+    if (row >= bm->height) {
+      std::memset(line, 0, stride);  // below the bitmap: blank rows
+      continue;
+    }
+    if (row < 0) continue;
+    for (int64_t x = 0; x < columns; ++x)
+      getPixelBytes(line + static_cast<size_t>(x) * (bitCount / 8), pixelAt(*bm, x, row), bitCount);
+    ++copied;
+  }
+  header->biClrUsed = 0;
+  header->biSizeImage = static_cast<uint32_t>(stride * static_cast<size_t>(height));
+  return copied;
+}
+
+int32_t setDIBits(DeviceContext, Bitmap bitmap, uint32_t start, uint32_t lines, const void* bits,
+                  const BitmapHeader* header, uint32_t usage) {
+  EffectsBitmap* bm = bitmapOf(bitmap);
+  if (!bm || !bits || !usableFormat(header) || usage > 1) return 0;
+  const int64_t height = abs64(header->biHeight);
+  ScanMap map{height, header->biHeight < 0, start, lines};
+  if (!map.topDown) map.lines = std::max<int64_t>(0, std::min<int64_t>(lines, height - start));
+  const uint32_t bitCount = header->biBitCount;
+  const size_t stride = dibStride(header->biWidth, bitCount);
+  const int64_t columns = std::min<int64_t>(header->biWidth, bm->width);
+  const auto* in = static_cast<const uint8_t*>(bits);
+  const int64_t rows = std::min(map.lines, height);
+  for (int64_t j = 0; j < rows; ++j) {
+    const int64_t row = map.rowOf(j);
+    if (row < 0 || row >= bm->height) continue;
+    const uint8_t* line = in + static_cast<size_t>(j) * stride;
+    for (int64_t x = 0; x < columns; ++x)
+      putPixel(pixelAt(*bm, x, row), line + static_cast<size_t>(x) * (bitCount / 8), bitCount);
+  }
+  return static_cast<int32_t>(map.lines);
+}
+
+int32_t setDIBitsToDevice(DeviceContext dc, int32_t x, int32_t y, uint32_t width, uint32_t height,
+                          int32_t xSrc, int32_t ySrc, uint32_t start, uint32_t lines,
+                          const void* bits, const BitmapHeader* header, uint32_t usage) {
+  EffectsBitmap* bm = selectedBitmap(dc);
+  if (!bm || !bits || !usableFormat(header) || usage > 1 || lines == 0) return 0;
+  const bool topDown = header->biHeight < 0;
+  const int64_t pictureHeight = abs64(header->biHeight);
+  if (start >= pictureHeight) return 0;
+  int64_t count = lines;
+  if (!topDown) count = std::min<int64_t>(count, pictureHeight - start);
+
+  // The scan lines handed over form a block; srcY is the top of the source
+  // rectangle in that block, counted from the block's top row.
+  const int64_t cx = width, cy = height;
+  int64_t srcY = static_cast<int64_t>(start) + count - (static_cast<int64_t>(ySrc) + cy);
+  if (srcY > 0) {
+    if (topDown) {
+      if (srcY >= count) return static_cast<int32_t>(count);
+    } else {
+      // rows above the rectangle are not needed
+      if (srcY >= count) return 0;
+      count -= srcY;
+      srcY = 0;
+    }
+  }
+  const int64_t blockRows = topDown ? std::min(count, pictureHeight) : count;
+
+  // The source rectangle within the block, then its image on the bitmap.
+  const int64_t sLeft = std::max<int64_t>(xSrc, 0), sRight = std::min<int64_t>(int64_t{xSrc} + cx, header->biWidth);
+  const int64_t sTop = std::max<int64_t>(srcY, 0), sBottom = std::min<int64_t>(srcY + cy, blockRows);
+  if (sLeft >= sRight || sTop >= sBottom) return 0;
+  const int64_t dx = int64_t{x} - xSrc, dy = int64_t{y} - srcY;  // block -> bitmap
+  const int64_t left = std::max<int64_t>({sLeft + dx, x, 0});
+  const int64_t right = std::min<int64_t>({sRight + dx, int64_t{x} + cx, bm->width});
+  const int64_t top = std::max<int64_t>({sTop + dy, y, 0});
+  const int64_t bottom = std::min<int64_t>({sBottom + dy, int64_t{y} + cy, bm->height});
+
+  const uint32_t bitCount = header->biBitCount;
+  const size_t stride = dibStride(header->biWidth, bitCount);
+  const auto* in = static_cast<const uint8_t*>(bits);
+  for (int64_t row = top; row < bottom; ++row) {
+    const int64_t blockRow = row - dy;
+    const int64_t memoryRow = topDown ? blockRow : blockRows - 1 - blockRow;
+    const uint8_t* line = in + static_cast<size_t>(memoryRow) * stride;
+    for (int64_t col = left; col < right; ++col)
+      putPixel(pixelAt(*bm, col, row), line + static_cast<size_t>(col - dx) * (bitCount / 8), bitCount);
+  }
+  return static_cast<int32_t>(count);
+}
+
+uint32_t getPixel(DeviceContext dc, int32_t x, int32_t y) {
+  EffectsBitmap* bm = selectedBitmap(dc);
+  if (!bm || x < 0 || y < 0 || x >= bm->width || y >= bm->height) return kInvalidColour;
+  const uint8_t* p = pixelAt(*bm, x, y);
+  return uint32_t{p[2]} | (uint32_t{p[1]} << 8) | (uint32_t{p[0]} << 16);
+}
+
+bool setPixelV(DeviceContext dc, int32_t x, int32_t y, uint32_t colour) {
+  EffectsBitmap* bm = selectedBitmap(dc);
+  if (!bm) return false;
+  // a point outside is clipped away, which GDI counts as success
+  if (x < 0 || y < 0 || x >= bm->width || y >= bm->height) return true;
+  uint8_t* p = pixelAt(*bm, x, y);
+  p[0] = static_cast<uint8_t>(colour >> 16);
+  p[1] = static_cast<uint8_t>(colour >> 8);
+  p[2] = static_cast<uint8_t>(colour);
+  p[3] = 0;
+  return true;
+}
+
+}  // namespace effects::platform
+
+#endif

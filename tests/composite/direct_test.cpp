@@ -1,0 +1,132 @@
+// Block transfer between a region and a canvas, the regional merge and the
+// canvas-mask painter.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <vector>
+
+#include "effects/effects.h"
+#include "support/pictures.h"
+
+using namespace effects::test;
+
+namespace {
+
+struct Placement { int32_t x, y, w, h; };
+constexpr int32_t kCw = 6, kCh = 5;
+// Sticking out on each side, over all sides, inside, and wholly outside.
+const Placement kPlacements[] = {{-2, 1, 4, 2}, {5, 1, 4, 2}, {1, -3, 3, 10}, {2, 3, 3, 3}, {-2, -2, 10, 9},
+                                 {0, 0, 6, 5}, {1, 1, 2, 2}, {6, 0, 3, 3}, {0, 5, 3, 3}, {-3, 0, 3, 3}, {0, -4, 3, 4}};
+
+// The region pixel over canvas pixel i, or -1 where the region does not reach.
+long regionPixelAt(const Placement& p, int32_t i, bool flip) {
+  const int32_t rx = i % kCw - p.x, ry = i / kCw - p.y;
+  if (rx < 0 || ry < 0 || rx >= p.w || ry >= p.h) return -1;
+  return (flip ? p.h - 1 - ry : ry) * p.w + rx;
+}
+
+using Paste = int32_t(EFFECTS_CALL*)(int32_t, int32_t, int32_t, int32_t, const Pixel32*, Pixel32*, int32_t, int32_t);
+using Cut = int32_t(EFFECTS_CALL*)(int32_t, int32_t, int32_t, int32_t, Pixel64*, const Pixel64*, int32_t, int32_t);
+
+}  // namespace
+
+TEST(DirectBitBlt, PastesEveryCoveredPixelAndOnlyThose) {
+  const struct { Paste fn; bool flip, mask; } kinds[] = {{Vexo32DirectBitBltDIB, false, false}, {Vexo32DirectBitBltMaskDIB, false, true},
+                                                         {Vexo32DirectBitBltFlipDIB, true, false}, {Vexo32DirectBitBltFlipMaskDIB, true, true}};
+  for (const auto& p : kPlacements)
+    for (const auto& k : kinds) {
+      const auto region = pattern32(static_cast<size_t>(p.w * p.h), 7);
+      auto canvas = pattern32(kCw * kCh, 8);
+      const auto before = canvas;
+      EXPECT_EQ(k.fn(p.x, p.y, p.w, p.h, region.data(), canvas.data(), kCw, kCh), 1);
+      for (int32_t i = 0; i < kCw * kCh; ++i) {
+        const long r = regionPixelAt(p, i, k.flip);
+        Pixel32 want = r < 0 ? before[i] : region[static_cast<size_t>(r)];
+        if (!k.mask) want.mask = before[i].mask;
+        EXPECT_EQ(std::memcmp(&canvas[i], &want, 4), 0) << p.x << "," << p.y << " flip " << k.flip << " at " << i;
+      }
+    }
+}
+
+TEST(DirectBitBlt, FarAwayPositionsTouchNothing) {
+  auto canvas = pattern32(kCw * kCh, 8);
+  const auto before = canvas;
+  const std::vector<Pixel32> region(25);
+  for (auto [x, y] : {std::pair{INT32_MAX - 1, 0}, {0, INT32_MAX - 1}, {INT32_MIN, 0}, {0, INT32_MIN + 2}})
+    EXPECT_EQ(Vexo32DirectBitBltMaskDIB(x, y, 5, 5, region.data(), canvas.data(), kCw, kCh), 1);
+  EXPECT_TRUE(sameBytes(canvas, before));
+}
+
+TEST(BitBlt, CutsOnlyTheCoveredRegionPixels) {
+  const struct { Cut fn; bool flip, mask; } kinds[] = {{Vexo64BitBltDIB, false, false}, {Vexo64BitBltFlipDIB, true, false},
+                                                       {Vexo64BitBltFlipMaskDIB, true, true}};
+  for (const auto& p : kPlacements)
+    for (const auto& k : kinds) {
+      auto region = pattern64(static_cast<size_t>(p.w * p.h), 9);
+      const auto before = region;
+      const auto canvas = pattern64(kCw * kCh, 10);
+      EXPECT_EQ(k.fn(p.x, p.y, p.w, p.h, region.data(), canvas.data(), kCw, kCh), 1);
+      auto want = before;
+      for (int32_t i = 0; i < kCw * kCh; ++i) {
+        const long r = regionPixelAt(p, i, k.flip);
+        if (r < 0) continue;
+        const uint16_t keep = want[static_cast<size_t>(r)].mask;
+        want[static_cast<size_t>(r)] = canvas[static_cast<size_t>(i)];
+        if (!k.mask) want[static_cast<size_t>(r)].mask = keep;
+      }
+      EXPECT_TRUE(sameBytes(region, want)) << p.x << "," << p.y << " flip " << k.flip;
+    }
+}
+
+TEST(BitBlt, FloatsTravelBitForBitAndFlipTwiceIsTheIdentity) {
+  auto region = pattern128(12, 3);
+  region[4].red = -0.0f;
+  std::vector<Pixel128> canvas(16), back(12);
+  Vexo128DirectBitBltFlipMaskDIB(1, 0, 3, 4, region.data(), canvas.data(), 4, 4);
+  Vexo128BitBltFlipMaskDIB(1, 0, 3, 4, back.data(), canvas.data(), 4, 4);
+  EXPECT_TRUE(sameBytes(back, region));
+  // a full-weight mode-0 composite of an opaque region is a paste, clipped alike
+  for (const auto& p : kPlacements) {
+    auto opaque = pattern128(static_cast<size_t>(p.w * p.h), 5);
+    for (auto& px : opaque) px.mask = 1.0f;
+    auto blended = pattern128(kCw * kCh, 6), pasted = blended;
+    EXPECT_EQ(Vexo128DirectDIB(p.x, p.y, p.w, p.h, opaque.data(), blended.data(), kCw, kCh, 100, 0), 1);
+    Vexo128DirectBitBltDIB(p.x, p.y, p.w, p.h, opaque.data(), pasted.data(), kCw, kCh);
+    EXPECT_TRUE(sameBytes(blended, pasted)) << p.x << "," << p.y;
+  }
+}
+
+TEST(DirectDrawRegional, TruncatedEightBitFactorAndOtherLayouts) {
+  std::vector<Pixel32> s8{{200, 128, 255, 255}, {100, 100, 100, 128}, {9, 9, 9, 0}, {0, 0, 218, 31}};
+  std::vector<Pixel32> d8{{0, 0, 0, 7}, {50, 50, 50, 8}, {1, 2, 3, 4}, {0, 0, 0, 9}};
+  EXPECT_EQ(Vexo32DirectDrawRegional(16, s8.data(), d8.data()), 1);
+  // round(200 x 0.999855) = 200, 127.98 -> 128, 254.96 -> 255; 50 + 50 x 128 x 0.003921 = 75.09
+  EXPECT_TRUE(d8[0].blue == 200 && d8[0].green == 128 && d8[0].red == 255 && d8[0].mask == 7);
+  EXPECT_EQ(d8[3].red, 26);  // 218 x 31 x 0.003921 = 26.498; with 1/255 it would be 26.502 -> 27
+  EXPECT_TRUE(d8[1].blue == 75 && d8[2].blue == 1);  // mask 0: untouched
+  std::vector<Pixel64> s16{{30000, 0, 100, 32767}, {30000, 0, 0, 16384}, {5, 5, 5, 5}};
+  std::vector<Pixel64> d16{{0, 1000, 100, 1}, {0, 0, 0, 2}, {0, 0, 0, 3}};
+  EXPECT_EQ(Vexo64DirectDrawRegional(5, s16.data(), d16.data()), 1);  // two pixels
+  EXPECT_TRUE(d16[0].blue == 30000 && d16[0].green == 0 && d16[0].mask == 1);
+  EXPECT_TRUE(d16[1].blue == 15000 && d16[2].blue == 0);  // 15000.46; beyond the count
+  std::vector<Pixel128> sF{{1.0f, 0.5f, 2.0f, 0.5f}, {1.0f, 1.0f, 1.0f, 2.0f}};
+  std::vector<Pixel128> dF{{0.0f, 0.5f, 0.0f, 0.25f}, {0.5f, 0.0f, 0.0f, 0.0f}};
+  Vexo128DirectDrawRegional(8, sF.data(), dF.data());
+  EXPECT_TRUE(dF[0].blue == 0.5f && dF[0].red == 1.0f && dF[0].mask == 0.25f && dF[1].blue == 1.5f);  // unclamped
+}
+
+TEST(DirectMaskDIB, MovesTheCanvasMaskTowardTheRegionMask) {
+  std::vector<Pixel32> region{{1, 2, 3, 255}, {1, 2, 3, 200}, {1, 2, 3, 0}};
+  std::vector<Pixel32> canvas{{10, 20, 30, 0}, {10, 20, 30, 50}, {10, 20, 30, 40}};
+  EXPECT_EQ(Vexo32DirectMaskDIB(0, 0, 3, 1, region.data(), canvas.data(), 3, 1, 100, 12345), 1);
+  // 255 reaches 255; 200 x 0.0039216 x 150 + 50 = 167.6 moves part way; mask 0 is skipped
+  EXPECT_TRUE(canvas[0].mask == 255 && canvas[1].mask == 168 && canvas[2].mask == 40 && canvas[0].blue == 10);
+  canvas[1].mask = 50;
+  Vexo32DirectMaskDIB(0, 0, 3, 1, region.data(), canvas.data(), 3, 1, 50, 0);
+  EXPECT_EQ(canvas[1].mask, 109);  // 108.8
+  EXPECT_EQ(Vexo32DirectMaskDIB(0, 0, 3, 1, region.data(), canvas.data(), 3, 1, 0, 0), -1);
+  EXPECT_EQ(Vexo32DirectMaskDIB(5, 0, 3, 1, region.data(), canvas.data(), 3, 1, 100, 0), 1);
+  EXPECT_EQ(canvas[1].mask, 109);
+}

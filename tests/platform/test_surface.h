@@ -1,0 +1,79 @@
+// A device context with a 32-bit bitmap selected, for the tests of what
+// reaches a device: on Windows a memory DC with a top-down DIB section (real
+// GDI), elsewhere the library's host-owned surfaces. The same test cases run
+// against both, which keeps the stand-in honest.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include "effects/surface.h"
+#endif
+
+namespace effects::test {
+
+class TestSurface {
+ public:
+  // Every pixel set to `fill` (blue in the low byte, the fourth byte on top).
+  TestSurface(int32_t width, int32_t height, uint32_t fill) : width_(width), height_(height) {
+#if defined(_WIN32)
+    dc_ = CreateCompatibleDC(nullptr);
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    bitmap_ = CreateDIBSection(dc_, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    bits_ = static_cast<uint8_t*>(bits);
+    old_ = SelectObject(dc_, bitmap_);
+#else
+    pixels_.resize(static_cast<size_t>(width) * static_cast<size_t>(height) * 4u);
+    bitmap_ = EffectsBitmap{width, height, pixels_.data()};
+    dc_ = EffectsDeviceContext{&bitmap_};
+    bits_ = pixels_.data();
+#endif
+    for (int32_t y = 0; y < height; ++y)
+      for (int32_t x = 0; x < width; ++x) set(x, y, fill);
+  }
+#if defined(_WIN32)
+  ~TestSurface() { SelectObject(dc_, old_); DeleteObject(bitmap_); DeleteDC(dc_); }
+  void* dc() { return dc_; }
+  void* bitmap() { return bitmap_; }
+#else
+  void* dc() { return &dc_; }
+  void* bitmap() { return &bitmap_; }
+#endif
+  TestSurface(const TestSurface&) = delete;
+  TestSurface& operator=(const TestSurface&) = delete;
+
+  // Pixel (x, y) as blue | green << 8 | red << 16 | fourth << 24.
+  uint32_t at(int32_t x, int32_t y) {
+#if defined(_WIN32)
+    GdiFlush();
+#endif
+    uint32_t v;
+    std::memcpy(&v, bits_ + offset(x, y), 4);
+    return v;
+  }
+  void set(int32_t x, int32_t y, uint32_t v) { std::memcpy(bits_ + offset(x, y), &v, 4); }
+  int32_t width() const { return width_; }
+  int32_t height() const { return height_; }
+
+ private:
+  size_t offset(int32_t x, int32_t y) const { return (size_t(y) * size_t(width_) + size_t(x)) * 4u; }
+  int32_t width_, height_;
+  uint8_t* bits_ = nullptr;
+#if defined(_WIN32)
+  HDC dc_ = nullptr;
+  HBITMAP bitmap_ = nullptr;
+  HGDIOBJ old_ = nullptr;
+#else
+  std::vector<uint8_t> pixels_;
+  EffectsBitmap bitmap_{};
+  EffectsDeviceContext dc_{};
+#endif
+};
+
+}  // namespace effects::test
