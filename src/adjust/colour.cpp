@@ -12,8 +12,6 @@ namespace effects {
 namespace {
 
 using colour::dispatch;
-using colour::forEachRowPixel;
-using colour::k255;
 using colour::PackedColour;
 
 template <class L>

@@ -13,7 +13,6 @@
 namespace effects {
 namespace {
 
-using colour::k255;
 
 // ------------------------------------------------------------ red-eye removal
 

@@ -11,12 +11,6 @@
 namespace effects {
 namespace {
 
-using colour::forEachRowPixel;
-using colour::k255;
-using colour::k32767;
-
-template <class L>
-inline constexpr bool isFloat = std::is_same_v<L, Layout128>;
 
 // ----------------------------------------------------------- additive offsets
 
@@ -28,7 +22,7 @@ void addOffsets(int32_t width, int32_t height, typename L::Pixel* px, int32_t re
   using P = typename L::Pixel;
   using E = typename L::Element;
   if (height < 1) return;
-  if constexpr (isFloat<L>) {
+  if constexpr (is128<L>) {
     const double dr = redDelta * k255, dg = greenDelta * k255, db = blueDelta * k255;
     forEachRowPixel(width, height, px, [=](P& p) {
       p.red = static_cast<float>(p.red + dr);
@@ -57,7 +51,7 @@ void sineOffsets(int32_t width, int32_t height, typename L::Pixel* px, int32_t r
   using P = typename L::Pixel;
   using E = typename L::Element;
   if (height < 1) return;
-  if constexpr (isFloat<L>) {
+  if constexpr (is128<L>) {
     const double ar = redAmount * k255, ag = greenAmount * k255, ab = blueAmount * k255;
     auto shift = [](float c, double a) {
       const double v = c;
@@ -95,7 +89,7 @@ void constantTint(int32_t n, typename L::Pixel* px, A redAdd, A greenAdd, A blue
   using P = typename L::Pixel;
   using E = typename L::Element;
   const Channels ch = Channels::of(channel);
-  if constexpr (isFloat<L>) {
+  if constexpr (is128<L>) {
     const double ar = redAdd * k255, ag = greenAdd * k255, ab = blueAdd * k255;
     forEachPixel(n, px, [=](P& p) {
       if (ch.red) p.red = static_cast<float>(p.red + ar);
@@ -165,7 +159,7 @@ void grey(int32_t n, typename L::Pixel* px, int32_t channel) {
   const Channels ch = Channels::of(channel);
   forEachPixel(n, px, [ch](P& p) {
     E avg;
-    if constexpr (isFloat<L>) {
+    if constexpr (is128<L>) {
       avg = (p.green + p.blue + p.red) * 0.33333334f;
     } else {
       avg = static_cast<E>((p.blue + p.green + p.red) / 3);
@@ -186,7 +180,7 @@ void agedPhoto(int32_t n, typename L::Pixel* px, int32_t channel) {
   using E = typename L::Element;
   const Channels ch = Channels::of(channel);
   if (!ch.red && !ch.green) return;
-  if constexpr (isFloat<L>) {
+  if constexpr (is128<L>) {
     forEachPixel(n, px, [ch](P& p) {
       if (ch.red) p.red = static_cast<float>(p.red + 0.30979338);
       if (ch.green) p.green = static_cast<float>(p.green + 0.1607715);

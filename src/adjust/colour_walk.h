@@ -9,23 +9,6 @@
 
 namespace effects::colour {
 
-// 1/255 and 1/32767 in double precision.
-inline constexpr double k255 = 0.00392156862745098;
-inline constexpr double k32767 = 3.051850947599719e-5;
-
-// Visits a width x height picture row by row (rows of width pixels, packed).
-// A width or height below 1 visits nothing.
-template <class P, class F>
-inline void forEachRowPixel(int32_t width, int32_t height, P* pixels, F&& f) {
-  if (width < 1 || height < 1) return;
-  const size_t w = static_cast<size_t>(width);
-  const size_t h = static_cast<size_t>(height);
-  for (size_t y = 0; y < h; ++y) {
-    P* row = pixels + y * w;
-    for (size_t x = 0; x < w; ++x) f(row[x]);
-  }
-}
-
 // Calls f(std::integral_constant<int, value>{}) when First <= value <= Last,
 // so that a per-call choice (a filter, an order, a sector) is made once and
 // each case gets its own loop; any other value calls nothing.

@@ -11,22 +11,9 @@
 
 namespace effects::tonal {
 
-// 1/255 and 1/32767 in double precision, and their single-precision twins.
-inline constexpr double k255 = 0.00392156862745098;
-inline constexpr double k32767 = 3.051850947599719e-5;
-inline constexpr float k255f = 0.003921569f;
-inline constexpr float k32767f = 3.051851e-5f;
-
 // pi and 1/180 exactly as the sine curves write them.
 inline constexpr double kPi = 3.141592653589793;
 inline constexpr double kOneOver180 = 0.005555555555555556;
-
-template <class L>
-inline constexpr bool is32 = std::is_same_v<L, Layout32>;
-template <class L>
-inline constexpr bool is64 = std::is_same_v<L, Layout64>;
-template <class L>
-inline constexpr bool is128 = std::is_same_v<L, Layout128>;
 
 // The integer layouts' full value (255 or 32767) and reciprocal.
 template <class L>

@@ -24,19 +24,6 @@ inline void convertPixels(int32_t elementCount, Dst* dst, const Src* src, F&& f)
   for (uint32_t i = 0; i < n; ++i) f(dst[i], src[i]);
 }
 
-// The row walk of the width/height conversions: `height` rows of `width`
-// pixels, packed; f receives the pixel index. A height below 1 stops at once,
-// a width below 1 walks the rows and converts nothing.
-template <class F>
-inline void forEachRowPixel(int32_t width, int32_t height, F&& f) {
-  if (height < 1) return;
-  const std::size_t w = width > 0 ? static_cast<std::size_t>(width) : 0;
-  for (int32_t y = 0; y < height; ++y) {
-    const std::size_t row = static_cast<std::size_t>(y) * w;
-    for (std::size_t x = 0; x < w; ++x) f(row + x);
-  }
-}
-
 // 16 -> 8 bit keeps the top eight of the fifteen bits. A value above 32767
 // (outside the layout) keeps the low byte of its shift.
 inline uint8_t narrow16to8(uint16_t x) { return static_cast<uint8_t>(x >> 7); }
@@ -184,7 +171,7 @@ EFFECTS_API int32_t EFFECTS_CALL Convert128to32Lock(int32_t n, Pixel32* dst, con
 // The 3-channel buffers hold red, green, blue: the reverse of the pixel order.
 
 EFFECTS_API int32_t EFFECTS_CALL Convert32BIT_4to3ChannelsFast(int32_t width, int32_t height, const Pixel32* src, uint8_t* rgb) {
-  forEachRowPixel(width, height, [=](std::size_t i) {
+  forEachRowIndex(width, height, [=](std::size_t i) {
     rgb[3 * i] = src[i].red; rgb[3 * i + 1] = src[i].green; rgb[3 * i + 2] = src[i].blue;
   });
   return 0;
@@ -192,7 +179,7 @@ EFFECTS_API int32_t EFFECTS_CALL Convert32BIT_4to3ChannelsFast(int32_t width, in
 
 // Doubling in 16-bit arithmetic: 32767 becomes 65534, larger values wrap.
 EFFECTS_API int32_t EFFECTS_CALL Convert15BITto16BITFast(int32_t width, int32_t height, const Pixel64* src, uint16_t* rgb) {
-  forEachRowPixel(width, height, [=](std::size_t i) {
+  forEachRowIndex(width, height, [=](std::size_t i) {
     rgb[3 * i] = static_cast<uint16_t>(src[i].red * 2u);
     rgb[3 * i + 1] = static_cast<uint16_t>(src[i].green * 2u);
     rgb[3 * i + 2] = static_cast<uint16_t>(src[i].blue * 2u);
@@ -203,7 +190,7 @@ EFFECTS_API int32_t EFFECTS_CALL Convert15BITto16BITFast(int32_t width, int32_t 
 // Red and green are copied bit for bit, blue alone is rescaled (and cut to
 // eight bits); the destination mask keeps its value.
 EFFECTS_API int32_t EFFECTS_CALL Convert16BITto15BITFast(int32_t width, int32_t height, const uint16_t* rgb, Pixel64* dst) {
-  forEachRowPixel(width, height, [=](std::size_t i) {
+  forEachRowIndex(width, height, [=](std::size_t i) {
     dst[i].red = rgb[3 * i];
     dst[i].green = rgb[3 * i + 1];
     dst[i].blue = importBlue48(rgb[3 * i + 2]);
@@ -212,14 +199,14 @@ EFFECTS_API int32_t EFFECTS_CALL Convert16BITto15BITFast(int32_t width, int32_t 
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert32BITto24BITFast(int32_t width, int32_t height, const Pixel128* src, float* rgb) {
-  forEachRowPixel(width, height, [=](std::size_t i) {
+  forEachRowIndex(width, height, [=](std::size_t i) {
     rgb[3 * i] = src[i].red; rgb[3 * i + 1] = src[i].green; rgb[3 * i + 2] = src[i].blue;
   });
   return 0;
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert128BIT_3to4ChannelsFast(int32_t width, int32_t height, Pixel128* dst, const float* rgb) {
-  forEachRowPixel(width, height, [=](std::size_t i) {
+  forEachRowIndex(width, height, [=](std::size_t i) {
     dst[i].red = rgb[3 * i]; dst[i].green = rgb[3 * i + 1]; dst[i].blue = rgb[3 * i + 2];
   });
   return 0;
@@ -228,14 +215,14 @@ EFFECTS_API int32_t EFFECTS_CALL Convert128BIT_3to4ChannelsFast(int32_t width, i
 // This triple is already in pixel order (blue, green, red); the mask becomes
 // fully selected.
 EFFECTS_API int32_t EFFECTS_CALL Convertfloat3xto64(int32_t width, int32_t height, Pixel64* dst, const float* bgr) {
-  forEachRowPixel(width, height, [=](std::size_t i) {
+  forEachRowIndex(width, height, [=](std::size_t i) {
     dst[i] = Pixel64{quantizeTo15(bgr[3 * i]), quantizeTo15(bgr[3 * i + 1]), quantizeTo15(bgr[3 * i + 2]), 32767};
   });
   return 0;
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert128HDRFast(int32_t width, int32_t height, Pixel128* dst, const float* rgb, int32_t /*reserved*/) {
-  forEachRowPixel(width, height, [=](std::size_t i) {
+  forEachRowIndex(width, height, [=](std::size_t i) {
     dst[i].red = gammaOf(rgb[3 * i]); dst[i].green = gammaOf(rgb[3 * i + 1]); dst[i].blue = gammaOf(rgb[3 * i + 2]);
   });
   return 0;

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 #include "effects/effects.h"
 
@@ -60,6 +62,32 @@ inline void forEachPixel(int32_t elementCount, P* pixels, F&& f) {
   const uint32_t n = pixelsFor(elementCount);
   for (uint32_t i = 0; i < n; ++i) f(pixels[i]);
 }
+
+// Visits the pixels of a width x height picture given by its rows (rows of
+// width pixels, packed), passing each pixel's index. A width or height below
+// 1 visits nothing.
+template <class F>
+inline void forEachRowIndex(int32_t width, int32_t height, F&& f) {
+  if (width < 1 || height < 1) return;
+  const size_t w = static_cast<size_t>(width), h = static_cast<size_t>(height);
+  for (size_t y = 0; y < h; ++y) {
+    const size_t row = y * w;
+    for (size_t x = 0; x < w; ++x) f(row + x);
+  }
+}
+
+template <class P, class F>
+inline void forEachRowPixel(int32_t width, int32_t height, P* pixels, F&& f) {
+  forEachRowIndex(width, height, [pixels, &f](size_t i) { f(pixels[i]); });
+}
+
+// Which layout a template is instantiated for.
+template <class L>
+inline constexpr bool is32 = std::is_same_v<L, Layout32>;
+template <class L>
+inline constexpr bool is64 = std::is_same_v<L, Layout64>;
+template <class L>
+inline constexpr bool is128 = std::is_same_v<L, Layout128>;
 
 // Whether a ChannelSelector touches red, green, blue.
 struct Channels {

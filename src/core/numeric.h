@@ -8,27 +8,45 @@
 #include <cstdint>
 #include <limits>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace effects {
 
-// Round to nearest, ties to even (the default floating-point rounding), into
-// a signed 16-bit value. NaN and values whose rounded result falls outside
-// -32768..32767 give -32768, as the processor's 16-bit store does.
-inline int16_t roundToInt16(double v) {
-  const double r = std::nearbyint(v);
-  if (!(r >= -32768.0 && r <= 32767.0)) return INT16_MIN;
-  return static_cast<int16_t>(r);
-}
+// 1/255 and 1/32767 in double precision, and the single-precision constants
+// some families use instead. Written out as given: 0.003921569f is not
+// 1.0f / 255.
+inline constexpr double k255 = 0.00392156862745098;
+inline constexpr double k32767 = 3.051850947599719e-5;
+inline constexpr float k255f = 0.003921569f;
+inline constexpr float k32767f = 3.051851e-5f;
 
-// Round to nearest, ties to even, into a signed 32-bit value; NaN and
-// out-of-range give INT32_MIN (the processor's "integer indefinite").
+// Round to nearest, ties to even (the default floating-point rounding), into
+// a signed 32-bit value; NaN and out-of-range give INT32_MIN (the processor's
+// "integer indefinite"). On x86 this is one cvtsd2si, which has exactly that
+// behaviour; elsewhere the same result is spelled out.
 inline int32_t roundToInt32(double v) {
+#if defined(__SSE2__)
+  return _mm_cvtsd_si32(_mm_set_sd(v));
+#else
   const double r = std::nearbyint(v);
   if (!(r >= -2147483648.0 && r <= 2147483647.0)) return INT32_MIN;
   return static_cast<int32_t>(r);
+#endif
+}
+
+// Round to nearest, ties to even, into a signed 16-bit value. NaN and values
+// whose rounded result falls outside -32768..32767 give -32768, as the
+// processor's 16-bit store does.
+inline int16_t roundToInt16(double v) {
+  const int32_t r = roundToInt32(v);
+  return (r >= -32768 && r <= 32767) ? static_cast<int16_t>(r) : INT16_MIN;
 }
 
 // Truncate toward zero into a signed 32-bit value; NaN and out-of-range give
-// INT32_MIN.
+// INT32_MIN, as cvttsd2si does. (Written out rather than through the
+// intrinsic: compilers fold the intrinsic on a constant NaN to 0.)
 inline int32_t truncToInt32(double v) {
   if (!(v > -2147483649.0 && v < 2147483648.0)) return INT32_MIN;
   return static_cast<int32_t>(v);
@@ -57,7 +75,7 @@ inline uint8_t quantize255(double v) {
   if (v > 254.0) return 255;
   if (v < 1.0) return 0;
   if (v != v) return 0;
-  return static_cast<uint8_t>(std::nearbyint(v));
+  return static_cast<uint8_t>(roundToInt32(v));
 }
 
 // Q8, the saturating float-to-8-bit quantiser: v = x * 255 in double; both
