@@ -192,6 +192,36 @@ void tonal(Demo& d) {
   });
 }
 
+using FnDirect = int32_t(EFFECTS_CALL*)(int32_t, int32_t, int32_t, int32_t, const Pixel32*, Pixel32*, int32_t, int32_t,
+                                       int32_t, int32_t);
+
+// A second layer to composite onto: diagonal stripes in two greys.
+Picture32 stripes(int w, int h) {
+  Picture32 pic(w, h);
+  for (int y = 0; y < h; ++y)
+    for (int x = 0; x < w; ++x) {
+      const uint8_t v = ((x + y) / 16) % 2 ? 200 : 90;
+      pic.pixels[static_cast<size_t>(y) * w + x] = Pixel32{v, static_cast<uint8_t>(v - 20), v, 255};
+    }
+  return pic;
+}
+
+void compositing(Demo& d) {
+  auto direct = d.lib.get<FnDirect>("Vexo32DirectDIB");
+  struct Mode { int32_t mode; int32_t opacity; const char* name; };
+  const Mode modes[] = {{0, 70, "normal"}, {2, 100, "lighten"}, {3, 100, "difference"}, {4, 100, "multiply"},
+                        {5, 100, "screen"}, {15, 100, "add"}};
+  // The card, with its round selection as coverage, placed partly off the
+  // canvas so the clipping shows too.
+  for (const Mode& m : modes) {
+    Picture32 canvas = stripes(d.card.width, d.card.height);
+    direct(60, 40, d.card.width, d.card.height, d.card.pixels.data(), canvas.pixels.data(), canvas.width,
+           canvas.height, m.opacity, m.mode);
+    d.save(std::string("blend-") + m.name, canvas,
+           "Vexo32DirectDIB, mode " + std::to_string(m.mode) + ", opacity " + std::to_string(m.opacity));
+  }
+}
+
 // All results side by side at half size, six to a row.
 Picture32 contactSheet(const std::vector<Picture32>& pictures) {
   const int tw = pictures.front().width / 2, th = pictures.front().height / 2, cols = 6, gap = 4;
@@ -226,6 +256,7 @@ int main(int argc, char** argv) {
     histogram(d);
     tonal(d);
     colour(d);
+    compositing(d);
     host::writePng(d.out + "/sheet.png", contactSheet(d.shown));
     std::printf("%d pictures written, all of them side by side in sheet.png\n", d.written);
   } catch (const std::exception& e) {
