@@ -149,7 +149,7 @@ TEST(ColourExamples, Float) {
       {"saturation 2550: the 16-bit range, factor 11", ONE(VexoSaturation128(4, p, 2550)), {0.25f, 0.5f, 0.75f, 0.5f}, {-2.25f, 0.5f, 3.25f, 0.5f}},
       {"saturation -255: factor 0", ONE(VexoSaturation128(4, p, -255)), {0.25f, 0.5f, 0.75f, 0.5f}, {0.5f, 0.5f, 0.5f, 0.5f}},
       {"saturation -300: factor below 0", ONE(VexoSaturation128(4, p, -300)), {0.25f, 0.5f, 0.75f, 0.5f}, {0.25f, 0.5f, 0.75f, 0.5f}},
-      {"hue 350 gives the pixel back", ONE(VexoHue128(1, 1, p, 350)), {0.1f, 0.3f, 0.7f, 0.5f}, {0.1f, 0.3f, 0.7f, 0.5f}},
+      {"hue 350 gives the pixel back", ONE(VexoHue128(1, 1, p, 350)), {0.1f, 0.7f, 0.3f, 0.5f}, {0.1f, 0.7f, 0.3f, 0.5f}},
       {"hue 25: divided by 255", ONE(VexoHue128(1, 1, p, 25)), {0.0f, 0.5f, 1.0f, 0.5f}, {0.0f, 0.7509804368019104f, 1.0f, 0.5f}},
       {"filter 4 sums", ONE(VexoColorFilter128(4, p, 4)), {0.0f, 0.8f, 0.8f, 0.5f}, {0.0f, 1.6f, 1.6f, 0.5f}},
       {"copy raw bits", ONE(VexoRGBChannelFilter128(4, p, 3)), {0.0f, -0.0f, 7.5f, 0.5f}, {-0.0f, -0.0f, -0.0f, 0.5f}},
