@@ -36,8 +36,7 @@ void sweep(const std::vector<Call<P>>& calls, std::vector<P> (*pattern)(size_t, 
 }
 
 // 21 elements cover 6 pixels (the last partly); a 3 x 2 picture is 6 pixels.
-#define BY_COUNT(name, ...) {#name, [](auto* p, bool e) { name(e ? 0 : 21, p, __VA_ARGS__); }}
-#define BY_COUNT0(name) {#name, [](auto* p, bool e) { name(e ? 0 : 21, p); }}
+#define BY_COUNT(name, ...) {#name, [](auto* p, bool e) { name(e ? 0 : 21, p __VA_OPT__(,) __VA_ARGS__); }}
 #define BY_SIZE(name, ...) {#name, [](auto* p, bool e) { name(3, e ? 0 : 2, p __VA_OPT__(,) __VA_ARGS__); }}
 
 }  // namespace
@@ -47,14 +46,14 @@ TEST(ColourFrame, MaskAndBoundsKeptByEveryExport) {
                   BY_COUNT(VexoRGBChannelFilter32, 3), BY_COUNT(VexoColorSwitch32, 4),
                   BY_COUNT(VexoReplaceColor32, 0, 0, 300), BY_SIZE(VexoAdjust1Colors32, 9, -9, 9),
                   BY_SIZE(VexoAdjust0Colors32, 50, 60, -70), BY_COUNT(VexoCustomBacterial32, 1, 2, 3, 1),
-                  BY_COUNT0(VexoWebColour32), BY_COUNT(VexoGrayScale32, 1), BY_COUNT(VexoAgedPhoto32, 1),
+                  BY_COUNT(VexoWebColour32), BY_COUNT(VexoGrayScale32, 1), BY_COUNT(VexoAgedPhoto32, 1),
                   BY_SIZE(VexoRedEyeRemover32, 0, 255), BY_SIZE(VexoAutoColorCorrectionLDC32)},
                  pattern32);
   sweep<Pixel64>({BY_COUNT(VexoSaturation64, 100), BY_SIZE(VexoHue64, 120), BY_COUNT(VexoColorFilter64, 5),
                   BY_COUNT(VexoRGBChannelFilter64, 3), BY_COUNT(VexoColorSwitch64, 4),
                   BY_COUNT(VexoReplaceColor64, 0, 0, 40000), BY_SIZE(VexoAdjust1Colors64, 9, -9, 9),
                   BY_SIZE(VexoAdjust0Colors64, 50, 60, -70), BY_COUNT(VexoCustomBacterial64, 1, 2, 3, 1),
-                  BY_COUNT0(VexoWebColour64), BY_COUNT(VexoGrayScale64, 1), BY_COUNT(VexoAgedPhoto64, 1),
+                  BY_COUNT(VexoWebColour64), BY_COUNT(VexoGrayScale64, 1), BY_COUNT(VexoAgedPhoto64, 1),
                   BY_SIZE(VexoRedEyeRemover64, 0, 32767)},
                  pattern64);
   sweep<Pixel128>({BY_COUNT(VexoSaturation128, 100), BY_SIZE(VexoHue128, 120), BY_COUNT(VexoColorFilter128, 5),

@@ -92,7 +92,6 @@ TEST(TonalFloat, NoClampingAndHdrValues) {
   check<Pixel128, float>({
       // Lightening pulls a value above white back toward it: 1 - (1 - 2) x 0.8.
       G128{[](uint32_t w, Pixel128* p) { VexoBrightness128(w, 1, p, 51, 0); }, {0.5f, 2.0f}, {0.6f, 1.8f}},
-      G128{[](uint32_t w, Pixel128* p) { VexoBrightness128(w, 1, p, -255, 0); }, {0.5f, 2.0f}, {0.0f, 0.0f}},
       // Amount 0 returns before 1 - (1 - c) could round 0.1 to 0.10000002.
       G128{[](uint32_t w, Pixel128* p) { VexoBrightness128(w, 1, p, 0, 0); }, {0.1f}, {0.1f}},
       G128{[](uint32_t w, Pixel128* p) { VexoBlackBrightness128(w, 1, p, 255, 0); }, {0.75f, 3.0f}, {1.5f, 6.0f}},
