@@ -145,7 +145,8 @@ TEST(ColourExamples, Float) {
   const Pixel128 match{k(50), k(100), k(200), 0.5f}, replaced{k(3), k(2), k(1), 0.5f};
   const Pixel128 offByTwo{k(52), k(100), k(200), 0.5f};
   expectExamples<Pixel128>({
-      {"saturation 2550: the 16-bit range, factor 11", ONE(VexoSaturation128(4, p, 2550)), {0.25f, 0.5f, 0.75f, 0.5f}, {-2.25f, 0.5f, 3.25f, 0.5f}},
+      {"saturation 2550: the 16-bit range, factor 11", ONE(VexoSaturation128(4, p, 2550)),
+       {0.25f, 0.5f, 0.75f, 0.5f}, {-2.25f, 0.5f, 3.25f, 0.5f}},
       {"saturation -255: factor 0", ONE(VexoSaturation128(4, p, -255)), {0.25f, 0.5f, 0.75f, 0.5f}, {0.5f, 0.5f, 0.5f, 0.5f}},
       {"saturation -300: factor below 0", ONE(VexoSaturation128(4, p, -300)), {0.25f, 0.5f, 0.75f, 0.5f}, {0.25f, 0.5f, 0.75f, 0.5f}},
       {"hue 350 gives the pixel back", ONE(VexoHue128(1, 1, p, 350)), {0.1f, 0.7f, 0.3f, 0.5f}, {0.1f, 0.7f, 0.3f, 0.5f}},
@@ -155,7 +156,8 @@ TEST(ColourExamples, Float) {
       {"replace", ONE(VexoReplaceColor128(4, p, key, to, 1)), match, replaced},
       {"replace: 2 off, tolerance 1", ONE(VexoReplaceColor128(4, p, key, to, 1)), offByTwo, offByTwo},
       {"offsets over 255, no clamp", ONE(VexoAdjust1Colors128(1, 1, p, 255, -510, 51)), {0.5f, 1.0f, 1.0f, 0.5f}, {0.7f, -1.0f, 2.0f, 0.5f}},
-      {"sine of the value", ONE(VexoAdjust0Colors128(1, 1, p, 255, -51, 7)), {0.0f, 0.5f, 1.0f, 0.5f}, {0.0f, 0.40411490201950073f, 1.8414709568023682f, 0.5f}},
+      {"sine of the value", ONE(VexoAdjust0Colors128(1, 1, p, 255, -51, 7)),
+       {0.0f, 0.5f, 1.0f, 0.5f}, {0.0f, 0.40411490201950073f, 1.8414709568023682f, 0.5f}},
       {"tint over 255, unbounded", ONE(VexoCustomBacterial128(4, p, 255, -255, 0, 1)), {0.5f, 0.5f, 0.5f, 0.5f}, {0.5f, -0.5f, 1.5f, 0.5f}},
       {"grey on green", ONE(VexoGrayScale128(4, p, 3)), {0.25f, 0.0f, 0.75f, 0.5f}, {0.25f, 0.33333334f, 0.75f, 0.5f}},
       {"aged photo", ONE(VexoAgedPhoto128(4, p, 1)), {0.5f, 0.0f, 1.0f, 0.5f}, {0.5f, 0.1607715f, 1.3097933530807495f, 0.5f}},

@@ -83,7 +83,6 @@ TEST(TonalSixteenBit, WorkedExamples) {
       G64{[](uint32_t w, Pixel64* p) { VexoXposure64(w, 1, p, 0, 32767, 0); }, {100, 6000}, {27672, 32767}},
       G64{[](uint32_t w, Pixel64* p) { Vexofstop64(w, 1, p, 2.0); }, {20000, 5}, {32767, 10}},
       G64{[](uint32_t w, Pixel64* p) { VexoGamma64(w, 1, p, 2.0f); }, {8192, 32767}, {16384, 32767}},
-      G64{[](uint32_t w, Pixel64* p) { VexoGammatoHDR64(w, 1, p, 0.0f); }, {0}, {32767}},
       G64{[](uint32_t w, Pixel64* p) { VexoAdjustLevelPrecentage64(w, 1, p, 3.0f); }, {100, 20000}, {65436, 45536}},
   });
 }
