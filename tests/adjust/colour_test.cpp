@@ -2,36 +2,15 @@
 
 #include <cstring>
 #include <functional>
-#include <initializer_list>
 #include <vector>
 
-#include "effects/effects.h"
-#include "support/pictures.h"
+#include "adjust/adjust_checks.h"
 
 using namespace effects::test;
 
 namespace {
 
 constexpr uint32_t packed(uint32_t r, uint32_t g, uint32_t b) { return r | (g << 8) | (b << 16); }
-
-// Worked examples: one pixel in, the exact pixel out (floats bit for bit).
-template <class P>
-struct Example {
-  const char* what;
-  void (*run)(P*);
-  P in, out;
-};
-
-template <class P>
-void expectExamples(std::initializer_list<Example<P>> examples) {
-  for (const auto& e : examples) {
-    P p = e.in;
-    e.run(&p);
-    EXPECT_EQ(std::memcmp(&p, &e.out, sizeof(P)), 0)
-        << e.what << ": got " << +p.blue << ' ' << +p.green << ' ' << +p.red << ' ' << +p.mask;
-  }
-}
-#define ONE(call) [](auto* p) { call; }
 
 // Every export of the family, called with settings that change pixels, on a
 // buffer one pixel longer than the call covers: the extra pixel and every mask
@@ -57,8 +36,7 @@ void sweep(const std::vector<Call<P>>& calls, std::vector<P> (*pattern)(size_t, 
 }
 
 // 21 elements cover 6 pixels (the last partly); a 3 x 2 picture is 6 pixels.
-#define BY_COUNT(name, ...) {#name, [](auto* p, bool e) { name(e ? 0 : 21, p, __VA_ARGS__); }}
-#define BY_COUNT0(name) {#name, [](auto* p, bool e) { name(e ? 0 : 21, p); }}
+#define BY_COUNT(name, ...) {#name, [](auto* p, bool e) { name(e ? 0 : 21, p __VA_OPT__(,) __VA_ARGS__); }}
 #define BY_SIZE(name, ...) {#name, [](auto* p, bool e) { name(3, e ? 0 : 2, p __VA_OPT__(,) __VA_ARGS__); }}
 
 }  // namespace
@@ -68,14 +46,14 @@ TEST(ColourFrame, MaskAndBoundsKeptByEveryExport) {
                   BY_COUNT(VexoRGBChannelFilter32, 3), BY_COUNT(VexoColorSwitch32, 4),
                   BY_COUNT(VexoReplaceColor32, 0, 0, 300), BY_SIZE(VexoAdjust1Colors32, 9, -9, 9),
                   BY_SIZE(VexoAdjust0Colors32, 50, 60, -70), BY_COUNT(VexoCustomBacterial32, 1, 2, 3, 1),
-                  BY_COUNT0(VexoWebColour32), BY_COUNT(VexoGrayScale32, 1), BY_COUNT(VexoAgedPhoto32, 1),
+                  BY_COUNT(VexoWebColour32), BY_COUNT(VexoGrayScale32, 1), BY_COUNT(VexoAgedPhoto32, 1),
                   BY_SIZE(VexoRedEyeRemover32, 0, 255), BY_SIZE(VexoAutoColorCorrectionLDC32)},
                  pattern32);
   sweep<Pixel64>({BY_COUNT(VexoSaturation64, 100), BY_SIZE(VexoHue64, 120), BY_COUNT(VexoColorFilter64, 5),
                   BY_COUNT(VexoRGBChannelFilter64, 3), BY_COUNT(VexoColorSwitch64, 4),
                   BY_COUNT(VexoReplaceColor64, 0, 0, 40000), BY_SIZE(VexoAdjust1Colors64, 9, -9, 9),
                   BY_SIZE(VexoAdjust0Colors64, 50, 60, -70), BY_COUNT(VexoCustomBacterial64, 1, 2, 3, 1),
-                  BY_COUNT0(VexoWebColour64), BY_COUNT(VexoGrayScale64, 1), BY_COUNT(VexoAgedPhoto64, 1),
+                  BY_COUNT(VexoWebColour64), BY_COUNT(VexoGrayScale64, 1), BY_COUNT(VexoAgedPhoto64, 1),
                   BY_SIZE(VexoRedEyeRemover64, 0, 32767)},
                  pattern64);
   sweep<Pixel128>({BY_COUNT(VexoSaturation128, 100), BY_SIZE(VexoHue128, 120), BY_COUNT(VexoColorFilter128, 5),
@@ -92,7 +70,14 @@ TEST(ColourExamples, EightBit) {
   expectExamples<Pixel32>({
       {"saturation -300 acts as -255: the integer average", ONE(VexoSaturation32(4, p, -300)), {10, 20, 36, 7}, {22, 22, 22, 7}},
       {"saturation +1 darkens grey: weights 255, divisor 256", ONE(VexoSaturation32(4, p, 1)), {100, 100, 100, 7}, {99, 99, 99, 7}},
+      {"saturation 0 changes nothing", ONE(VexoSaturation32(4, p, 0)), {10, 20, 36, 7}, {10, 20, 36, 7}},
+      {"saturation 600 acts as 512", ONE(VexoSaturation32(4, p, 600)), {10, 20, 36, 7}, {0, 15, 63, 7}},
       {"saturation 255 clamps both ways", ONE(VexoSaturation32(4, p, 255)), {10, 20, 36, 7}, {0, 17, 49, 7}},
+      // Both ends of the wheel (clamped hues too) give the pixel back exactly.
+      {"hue 0", ONE(VexoHue32(1, 1, p, 0)), {0, 255, 40, 7}, {0, 255, 40, 7}},
+      {"hue -20", ONE(VexoHue32(1, 1, p, -20)), {0, 255, 40, 7}, {0, 255, 40, 7}},
+      {"hue 350: weight trunc(50 x 5.11) = 255", ONE(VexoHue32(1, 1, p, 350)), {0, 255, 40, 7}, {0, 255, 40, 7}},
+      {"hue 1000", ONE(VexoHue32(1, 1, p, 1000)), {0, 255, 40, 7}, {0, 255, 40, 7}},
       {"hue 100: b, r, b", ONE(VexoHue32(1, 1, p, 100)), {10, 0, 255, 7}, {10, 255, 10, 7}},
       {"hue 25: weight trunc(25 x 5.12) = 128", ONE(VexoHue32(1, 1, p, 25)), {10, 0, 255, 7}, {10, 127, 255, 7}},
       {"hue 175: r, mix(r, b), b", ONE(VexoHue32(1, 1, p, 175)), {10, 0, 255, 7}, {255, 131, 10, 7}},
@@ -104,7 +89,6 @@ TEST(ColourExamples, EightBit) {
       {"filter 4 yellow", ONE(VexoColorFilter32(4, p, 4)), {9, 100, 51, 7}, {0, 75, 75, 7}},
       {"filter 5 magenta", ONE(VexoColorFilter32(4, p, 5)), {9, 100, 51, 7}, {30, 0, 30, 7}},
       {"filter 6 cyan", ONE(VexoColorFilter32(4, p, 6)), {9, 100, 51, 7}, {54, 54, 0, 7}},
-      {"filter 7", ONE(VexoColorFilter32(4, p, 7)), {9, 100, 51, 7}, {9, 100, 51, 7}},
       {"copy red", ONE(VexoRGBChannelFilter32(4, p, 2)), {1, 2, 3, 7}, {3, 3, 3, 7}},
       {"copy green", ONE(VexoRGBChannelFilter32(4, p, 3)), {1, 2, 3, 7}, {2, 2, 2, 7}},
       {"copy blue", ONE(VexoRGBChannelFilter32(4, p, 4)), {1, 2, 3, 7}, {1, 1, 1, 7}},
@@ -115,7 +99,6 @@ TEST(ColourExamples, EightBit) {
       {"swap 4", ONE(VexoColorSwitch32(4, p, 4)), {1, 2, 3, 7}, {2, 3, 1, 7}},
       {"swap 5", ONE(VexoColorSwitch32(4, p, 5)), {1, 2, 3, 7}, {3, 1, 2, 7}},
       {"swap 0", ONE(VexoColorSwitch32(4, p, 0)), {1, 2, 3, 7}, {1, 2, 3, 7}},
-      {"replace exact", ONE(VexoReplaceColor32(4, p, key, to, 2)), {50, 100, 200, 7}, {3, 2, 1, 7}},
       {"replace: blue 3 off, tolerance 2", ONE(VexoReplaceColor32(4, p, key, to, 2)), {53, 100, 200, 7}, {53, 100, 200, 7}},
       {"replace: blue 3 off, tolerance 3", ONE(VexoReplaceColor32(4, p, key, to, 3)), {53, 100, 200, 7}, {3, 2, 1, 7}},
       {"replace: red 3 below, tolerance 3", ONE(VexoReplaceColor32(4, p, key, to, 3)), {50, 100, 197, 7}, {3, 2, 1, 7}},
@@ -127,9 +110,7 @@ TEST(ColourExamples, EightBit) {
       {"web 25, 26, 128", ONE(VexoWebColour32(4, p)), {25, 26, 128, 7}, {0, 51, 51, 7}},
       {"web 255, 200, 77", ONE(VexoWebColour32(4, p)), {255, 200, 77, 7}, {51, 51, 51, 7}},
       {"grey on red", ONE(VexoGrayScale32(4, p, 2)), {10, 20, 32, 7}, {10, 20, 20, 7}},
-      {"grey on all", ONE(VexoGrayScale32(4, p, 1)), {10, 20, 32, 7}, {20, 20, 20, 7}},
       {"aged photo", ONE(VexoAgedPhoto32(4, p, 1)), {10, 20, 200, 7}, {10, 61, 255, 7}},
-      {"aged photo on green", ONE(VexoAgedPhoto32(4, p, 3)), {10, 20, 200, 7}, {10, 61, 200, 7}},
       {"aged photo on blue", ONE(VexoAgedPhoto32(4, p, 4)), {10, 20, 200, 7}, {10, 20, 200, 7}},
   });
 }
@@ -142,9 +123,9 @@ TEST(ColourExamples, SixteenBit) {
       // setting; the wrapped sum is negative and clamps to 0.
       {"saturation 70000 acts as 65534", ONE(VexoSaturation64(4, p, 70000)), {0, 0, 32767, 7}, {0, 0, 0, 7}},
       {"saturation -32767", ONE(VexoSaturation64(4, p, -32767)), {1000, 2000, 3001, 7}, {2000, 2000, 2000, 7}},
+      {"hue 350 gives the pixel back", ONE(VexoHue64(1, 1, p, 350)), {0, 32767, 40, 7}, {0, 32767, 40, 7}},
       {"hue 25: 128 << 7 out of 32640", ONE(VexoHue64(1, 1, p, 25)), {0, 1000, 2000, 7}, {0, 1501, 2000, 7}},
       {"filter 5", ONE(VexoColorFilter64(4, p, 5)), {1001, 5, 2000, 7}, {1500, 0, 1500, 7}},
-      {"swap 4", ONE(VexoColorSwitch64(4, p, 4)), {1, 2, 3, 7}, {2, 3, 1, 7}},
       {"replace: bytes x 128", ONE(VexoReplaceColor64(4, p, key, to, 0)), {6400, 12800, 25600, 7}, {384, 256, 128, 7}},
       {"replace: not rescaled to 32767", ONE(VexoReplaceColor64(4, p, key, to, 0)), {6400, 12800, 25699, 7}, {6400, 12800, 25699, 7}},
       {"replace: tolerance unscaled", ONE(VexoReplaceColor64(4, p, key, to, 99)), {6400, 12800, 25699, 7}, {384, 256, 128, 7}},
@@ -164,42 +145,21 @@ TEST(ColourExamples, Float) {
   const Pixel128 match{k(50), k(100), k(200), 0.5f}, replaced{k(3), k(2), k(1), 0.5f};
   const Pixel128 offByTwo{k(52), k(100), k(200), 0.5f};
   expectExamples<Pixel128>({
-      {"saturation 2550: the 16-bit range, factor 11", ONE(VexoSaturation128(4, p, 2550)), {0.25f, 0.5f, 0.75f, 0.5f}, {-2.25f, 0.5f, 3.25f, 0.5f}},
+      {"saturation 2550: the 16-bit range, factor 11", ONE(VexoSaturation128(4, p, 2550)),
+       {0.25f, 0.5f, 0.75f, 0.5f}, {-2.25f, 0.5f, 3.25f, 0.5f}},
       {"saturation -255: factor 0", ONE(VexoSaturation128(4, p, -255)), {0.25f, 0.5f, 0.75f, 0.5f}, {0.5f, 0.5f, 0.5f, 0.5f}},
       {"saturation -300: factor below 0", ONE(VexoSaturation128(4, p, -300)), {0.25f, 0.5f, 0.75f, 0.5f}, {0.25f, 0.5f, 0.75f, 0.5f}},
+      {"hue 350 gives the pixel back", ONE(VexoHue128(1, 1, p, 350)), {0.1f, 0.7f, 0.3f, 0.5f}, {0.1f, 0.7f, 0.3f, 0.5f}},
       {"hue 25: divided by 255", ONE(VexoHue128(1, 1, p, 25)), {0.0f, 0.5f, 1.0f, 0.5f}, {0.0f, 0.7509804368019104f, 1.0f, 0.5f}},
       {"filter 4 sums", ONE(VexoColorFilter128(4, p, 4)), {0.0f, 0.8f, 0.8f, 0.5f}, {0.0f, 1.6f, 1.6f, 0.5f}},
-      {"filter 6 sums", ONE(VexoColorFilter128(4, p, 6)), {0.25f, 0.5f, 1.0f, 0.5f}, {0.75f, 0.75f, 0.0f, 0.5f}},
       {"copy raw bits", ONE(VexoRGBChannelFilter128(4, p, 3)), {0.0f, -0.0f, 7.5f, 0.5f}, {-0.0f, -0.0f, -0.0f, 0.5f}},
       {"replace", ONE(VexoReplaceColor128(4, p, key, to, 1)), match, replaced},
       {"replace: 2 off, tolerance 1", ONE(VexoReplaceColor128(4, p, key, to, 1)), offByTwo, offByTwo},
       {"offsets over 255, no clamp", ONE(VexoAdjust1Colors128(1, 1, p, 255, -510, 51)), {0.5f, 1.0f, 1.0f, 0.5f}, {0.7f, -1.0f, 2.0f, 0.5f}},
-      {"sine of the value", ONE(VexoAdjust0Colors128(1, 1, p, 255, -51, 7)), {0.0f, 0.5f, 1.0f, 0.5f}, {0.0f, 0.40411490201950073f, 1.8414709568023682f, 0.5f}},
+      {"sine of the value", ONE(VexoAdjust0Colors128(1, 1, p, 255, -51, 7)),
+       {0.0f, 0.5f, 1.0f, 0.5f}, {0.0f, 0.40411490201950073f, 1.8414709568023682f, 0.5f}},
       {"tint over 255, unbounded", ONE(VexoCustomBacterial128(4, p, 255, -255, 0, 1)), {0.5f, 0.5f, 0.5f, 0.5f}, {0.5f, -0.5f, 1.5f, 0.5f}},
       {"grey on green", ONE(VexoGrayScale128(4, p, 3)), {0.25f, 0.0f, 0.75f, 0.5f}, {0.25f, 0.33333334f, 0.75f, 0.5f}},
       {"aged photo", ONE(VexoAgedPhoto128(4, p, 1)), {0.5f, 0.0f, 1.0f, 0.5f}, {0.5f, 0.1607715f, 1.3097933530807495f, 0.5f}},
   });
-}
-
-TEST(ColourLimits, NoOpsAndClampedArguments) {
-  for (int32_t hue : {0, 350, -20, 1000}) {  // both ends of the wheel
-    auto a = pattern32(6); const auto a0 = a;
-    auto b = pattern64(6); const auto b0 = b;
-    auto c = pattern128(6); const auto c0 = c;
-    VexoHue32(3, 2, a.data(), hue);
-    VexoHue64(3, 2, b.data(), hue);
-    VexoHue128(3, 2, c.data(), hue);
-    EXPECT_TRUE(sameBytes(a, a0) && sameBytes(b, b0) && sameBytes(c, c0)) << hue;
-  }
-  auto a = pattern32(9); const auto a0 = a;
-  VexoSaturation32(36, a.data(), 0);
-  EXPECT_TRUE(sameBytes(a, a0));
-  auto b = a;
-  VexoSaturation32(36, a.data(), 600);
-  VexoSaturation32(36, b.data(), 512);
-  EXPECT_TRUE(sameBytes(a, b));
-  auto web = pattern32(64);  // the palette's upper steps never fire
-  VexoWebColour32(256, web.data());
-  for (const auto& p : web)
-    for (int v : {p.blue, p.green, p.red}) EXPECT_TRUE(v == 0 || v == 51) << v;
 }
