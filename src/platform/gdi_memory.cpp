@@ -142,26 +142,27 @@ int32_t setDIBitsToDevice(DeviceContext dc, int32_t x, int32_t y, uint32_t width
   EffectsBitmap* bm = selectedBitmap(dc);
   if (!bm || !bits || !usableFormat(header) || usage > 1 || lines == 0) return 0;
   const bool topDown = header->biHeight < 0;
-  const int64_t pictureHeight = abs64(header->biHeight);
+  const uint32_t pictureHeight = static_cast<uint32_t>(abs64(header->biHeight));
   if (start >= pictureHeight) return 0;
-  int64_t count = lines;
-  if (!topDown) count = std::min<int64_t>(count, pictureHeight - start);
+  uint32_t count = lines;
+  if (!topDown) count = std::min(count, pictureHeight - start);
 
-  // The scan lines handed over form a block; srcY is the top of the source
-  // rectangle in that block, counted from the block's top row.
-  const int64_t cx = width, cy = height;
-  int64_t srcY = static_cast<int64_t>(start) + count - (static_cast<int64_t>(ySrc) + cy);
+  // GDI reads the rectangle's size as signed values (a "width" of 2^32 - 3 is
+  // -3, an empty rectangle), and works out where the rectangle's top lies in
+  // the block of scan lines handed over in 32-bit arithmetic that wraps.
+  const int64_t cx = static_cast<int32_t>(width), cy = static_cast<int32_t>(height);
+  int64_t srcY = static_cast<int32_t>(start + count - (static_cast<uint32_t>(ySrc) + height));
   if (srcY > 0) {
     if (topDown) {
       if (srcY >= count) return static_cast<int32_t>(count);
     } else {
       // rows above the rectangle are not needed
       if (srcY >= count) return 0;
-      count -= srcY;
+      count -= static_cast<uint32_t>(srcY);
       srcY = 0;
     }
   }
-  const int64_t blockRows = topDown ? std::min(count, pictureHeight) : count;
+  const int64_t blockRows = topDown ? std::min<int64_t>(count, pictureHeight) : int64_t{count};
 
   // The source rectangle within the block, then its image on the bitmap.
   const int64_t sLeft = std::max<int64_t>(xSrc, 0), sRight = std::min<int64_t>(int64_t{xSrc} + cx, header->biWidth);

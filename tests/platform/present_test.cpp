@@ -99,3 +99,14 @@ TEST(Present, MaskPaintingShowsTheMaskAndFailuresShowNothing) {
   EXPECT_EQ(Vexo32AdvancedDIB(t.dc(), 0, 0, 2, 2, dst.data(), dst.data(), 100, 40), 1);  // unknown mode: still shown
   EXPECT_EQ(t.at(0, 0), word(dst[2]));
 }
+
+// GDI reads the picture's size as signed: a negative height or width is an
+// empty rectangle, so nothing is drawn and no row of the picture is read.
+TEST(Present, NegativeSizesPresentNothing) {
+  TestSurface s(4, 4, kFill);
+  std::vector<Pixel32> dst(1, kMarker);
+  const std::vector<Pixel32> src(1);
+  EXPECT_EQ(Vexo32AdvancedDIB(s.dc(), 0, 0, 2, -2, dst.data(), src.data(), 100, 0), 1);
+  EXPECT_EQ(Vexo32AdvancedDIB(s.dc(), 1, 1, -2, 2, dst.data(), src.data(), 100, 0), 1);
+  EXPECT_TRUE(untouchedOutside(s, 0, 0, 0, 0));
+}
