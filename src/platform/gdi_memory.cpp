@@ -83,7 +83,12 @@ int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
     header->biClrUsed = header->biClrImportant = 0;
     return 1;
   }
-  if (!usableFormat(header) || header->biPlanes == 0 || !bits) return 0;
+  if (!usableFormat(header) || header->biPlanes == 0) return 0;
+  const uint32_t bitCount = header->biBitCount;
+  const size_t stride = dibStride(header->biWidth, bitCount);
+  header->biClrUsed = 0;
+  header->biSizeImage = static_cast<uint32_t>(stride * static_cast<size_t>(height));
+  if (!bits) return 1;  // no rows wanted: only the description is completed
 
   ScanMap map{height, header->biHeight < 0, start, lines};
   if (!map.topDown) {
@@ -91,8 +96,6 @@ int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
   } else if (height - map.lines - start < 0) {
     map.lines = height - start;
   }
-  const uint32_t bitCount = header->biBitCount;
-  const size_t stride = dibStride(header->biWidth, bitCount);
   const int64_t columns = std::min<int64_t>(header->biWidth, bm->width);
   auto* out = static_cast<uint8_t*>(bits);
   int32_t copied = 0;
@@ -105,12 +108,11 @@ int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
       continue;
     }
     if (row < 0) continue;
+    std::memset(line, 0, stride);  // padding and columns past the bitmap read as 0
     for (int64_t x = 0; x < columns; ++x)
       getPixelBytes(line + static_cast<size_t>(x) * (bitCount / 8), pixelAt(*bm, x, row), bitCount);
     ++copied;
   }
-  header->biClrUsed = 0;
-  header->biSizeImage = static_cast<uint32_t>(stride * static_cast<size_t>(height));
   return copied;
 }
 
@@ -120,7 +122,9 @@ int32_t setDIBits(DeviceContext, Bitmap bitmap, uint32_t start, uint32_t lines, 
   if (!bm || !bits || !usableFormat(header) || usage > 1) return 0;
   const int64_t height = abs64(header->biHeight);
   ScanMap map{height, header->biHeight < 0, start, lines};
-  if (!map.topDown) map.lines = std::max<int64_t>(0, std::min<int64_t>(lines, height - start));
+  // bottom-up, the lines are limited to those left above `start`, counted in
+  // unsigned 32 bits as GDI does (a start past the picture leaves them as given)
+  if (!map.topDown) map.lines = std::min(lines, static_cast<uint32_t>(height) - start);
   const uint32_t bitCount = header->biBitCount;
   const size_t stride = dibStride(header->biWidth, bitCount);
   const int64_t columns = std::min<int64_t>(header->biWidth, bm->width);

@@ -105,6 +105,12 @@ TEST(GdiGetDIBits, FormatQueryAndReads) {
       const uint8_t* p = &rows[static_cast<size_t>(j * 16 + x * 3)];
       EXPECT_TRUE(p[0] == x && p[1] == 3 - j && p[2] == 0) << j << "," << x;
     }
+  EXPECT_EQ(rows[15], 0);  // the row padding reads as 0
+  // no rows wanted (a null buffer, or a start past the picture): only the
+  // description is completed
+  h = header(5, 4, 24);
+  EXPECT_NE(getDIBits(s.dc(), s.bitmap(), 0, 4, nullptr, &h, kRgbColours), 0);
+  EXPECT_EQ(h.biSizeImage, 64u);
   // a start scan and a count: scans 1 and 2 are bitmap rows 2 and 1
   h = header(5, 4, 24);
   EXPECT_EQ(getDIBits(s.dc(), s.bitmap(), 1, 2, rows.data(), &h, kRgbColours), 2);
