@@ -77,7 +77,9 @@ TEST(GdiSetDIBitsToDevice, RowOrderClippingAndScanLines) {
   EXPECT_EQ(setDIBitsToDevice(nullptr, 0, 0, 2, 2, 0, 0, 0, 2, pic.data(), &small, kRgbColours), 0);
 }
 
-TEST(GdiGetDIBits, FormatQueryAndReads) {
+// GetDIBits and SetDIBits move 24- and 32-bit rows padded to 4 bytes,
+// bottom-up for a positive height; a format query describes the bitmap.
+TEST(GdiDIBits, FormatQueryReadsAndWrites) {
   TestSurface s(5, 4, kFill);
   for (int32_t y = 0; y < 4; ++y)
     for (int32_t x = 0; x < 5; ++x) s.set(x, y, 0x7F000000u | (uint32_t(y) << 8) | uint32_t(x));
@@ -90,16 +92,20 @@ TEST(GdiGetDIBits, FormatQueryAndReads) {
   EXPECT_NE(getDIBits(s.dc(), s.bitmap(), 0, 4, nullptr, &h, kRgbColours), 0);
   EXPECT_EQ(h.biSizeImage, 64u);
 
-  // 24 bits, bottom-up, rows of 16 bytes: buffer row j is bitmap row 3 - j;
-  // the row padding reads as 0
+  // 24 bits, rows of 16 bytes: buffer row j is bitmap row 3 - j; the row
+  // padding reads as 0. Written back, each row lands where it came from, with
+  // a fourth byte of 0.
   std::vector<uint8_t> rows(64, 0xEE);
   EXPECT_EQ(getDIBits(s.dc(), s.bitmap(), 0, 4, rows.data(), &h, kRgbColours), 4);
   for (int32_t j = 0; j < 4; ++j)
     for (int32_t x = 0; x < 5; ++x) {
-      const uint8_t* p = &rows[size_t(j * 16 + x * 3)];
+      uint8_t* p = &rows[size_t(j * 16 + x * 3)];
       EXPECT_TRUE(p[0] == x && p[1] == 3 - j && p[2] == 0) << j << "," << x;
+      p[2] = 0x44;
     }
   EXPECT_EQ(rows[15], 0);
+  EXPECT_EQ(setDIBits(s.dc(), s.bitmap(), 0, 4, rows.data(), &h, kRgbColours), 4);
+  EXPECT_TRUE(s.at(0, 3) == 0x00440300u && s.at(4, 0) == 0x00440004u);
   // a start scan and a count: scans 1 and 2 are bitmap rows 2 and 1
   EXPECT_EQ(getDIBits(s.dc(), s.bitmap(), 1, 2, rows.data(), &h, kRgbColours), 2);
   EXPECT_TRUE(rows[1] == 2 && rows[16 + 13] == 1 && rows[16 + 12] == 4);
@@ -112,24 +118,11 @@ TEST(GdiGetDIBits, FormatQueryAndReads) {
   // nearest the bottom
   h = header(5, -4, 32);
   std::vector<uint32_t> px(20, 0);
+  s.set(1, 1, 0x7F440101u);
   EXPECT_EQ(getDIBits(s.dc(), s.bitmap(), 0, 4, px.data(), &h, kRgbColours), 4);
-  EXPECT_TRUE(px[0] == 0x7F000000u && px[7] == 0x7F000102u && px[19] == 0x7F000304u);
+  EXPECT_TRUE(px[0] == 0x00440000u && px[6] == 0x7F440101u && px[19] == 0x00440304u);
   EXPECT_EQ(getDIBits(s.dc(), s.bitmap(), 0, 2, px.data(), &h, kRgbColours), 2);
-  EXPECT_TRUE(px[0] == 0x7F000200u && px[9] == 0x7F000304u);
-}
-
-TEST(GdiSetDIBits, WritesBottomUpRows) {
-  TestSurface s(3, 2, kFill);
-  std::vector<uint8_t> rows(24, 0);
-  for (int i = 0; i < 6; ++i) {
-    uint8_t* p = &rows[size_t(i / 3 * 12 + i % 3 * 3)];
-    p[0] = uint8_t(i % 3);
-    p[1] = uint8_t(i / 3);
-    p[2] = 0x44;
-  }
-  const BitmapHeader h = header(3, 2, 24);
-  EXPECT_EQ(setDIBits(s.dc(), s.bitmap(), 0, 2, rows.data(), &h, kRgbColours), 2);
-  EXPECT_TRUE(s.at(0, 1) == 0x00440000u && s.at(2, 0) == 0x00440102u);
+  EXPECT_TRUE(px[0] == 0x00440200u && px[9] == 0x00440304u);
 }
 
 TEST(GdiPixels, ReadAndWriteSinglePixels) {
