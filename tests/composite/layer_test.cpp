@@ -84,9 +84,8 @@ TEST(AdvancedDirectDIB, ClipsAndWritesTheCoveredDisplayBottomUp) {
 }
 
 // 0.003 shows as 0 after mode 0 (Q8) and as 1 after mode 1 (clamp and round);
-// 0.998 saturates under Q8 while 0.996 x 255 = 253.98 rounds to 254. An
-// unknown mode returns 0 and touches nothing.
-TEST(AdvancedDirectDIB, FloatShowsModeZeroThroughQ8AndUnknownModesDoNothing) {
+// 0.998 saturates under Q8 while 0.996 x 255 = 253.98 rounds to 254.
+TEST(AdvancedDirectDIB, FloatShowsModeZeroThroughQ8) {
   const std::vector<Pixel128> src(1);
   std::vector<Pixel128> canvas{{0.003f, 1.25f, -0.5f, 0.75f}};
   Pixel32 display = kMarker;
@@ -98,12 +97,6 @@ TEST(AdvancedDirectDIB, FloatShowsModeZeroThroughQ8AndUnknownModesDoNothing) {
     EXPECT_EQ(Vexo128AdvancedDirectDIB(nullptr, 0, 0, 1, 1, &display, src.data(), canvas.data(), 1, 1, 100, c.mode), 1);
     EXPECT_TRUE(sameColour(display, c.want) && display.mask == kMarker.mask) << c.blue << " mode " << c.mode;
   }
-  auto c16 = pattern64(4, 2);
-  const auto before = c16;
-  std::vector<Pixel32> shown(4, kMarker);
-  const auto s16 = pattern64(4);
-  EXPECT_EQ(Vexo64AdvancedDirectDIB(nullptr, 0, 0, 2, 2, shown.data(), s16.data(), c16.data(), 2, 2, 100, 17), 0);
-  EXPECT_TRUE(sameBytes(c16, before) && sameBytes(shown, std::vector<Pixel32>(4, kMarker)));
 }
 
 TEST(AdvancedMaskDIB, AddsAndErasesTheSquaredMaskOnly) {

@@ -58,8 +58,9 @@ TEST(Present, CanvasCompositeShowsTheCoveredCanvasInPlace) {
   const auto src = pattern32(12, 3);
   auto canvas = pattern32(20, 4);
   std::vector<Pixel32> display(12, kMarker);
+  const auto before = canvas, blank = display;
   EXPECT_EQ(Vexo32AdvancedDirectDIB(s.dc(), 0, 0, 4, 3, display.data(), src.data(), canvas.data(), 5, 4, 70, 40), 0);
-  EXPECT_TRUE(s.untouched());
+  EXPECT_TRUE(s.untouched() && sameBytes(canvas, before) && sameBytes(display, blank));
   EXPECT_EQ(Vexo32AdvancedDirectDIB(s.dc(), -1, -1, 4, 3, display.data(), src.data(), canvas.data(), 5, 4, 70, 6), 1);
   for (int32_t y = 0; y < 2; ++y)
     for (int32_t x = 0; x < 3; ++x) {
