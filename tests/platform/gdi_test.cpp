@@ -14,14 +14,9 @@ namespace {
 
 constexpr uint32_t kFill = 0x5A112233u;
 
+// An uncompressed picture of width x height (positive: bottom-up) pixels.
 BitmapHeader header(int32_t width, int32_t height, uint16_t bitCount) {
-  BitmapHeader h{};
-  h.biSize = 40;
-  h.biWidth = width;
-  h.biHeight = height;
-  h.biPlanes = 1;
-  h.biBitCount = bitCount;
-  return h;
+  return BitmapHeader{40, width, height, 1, bitCount, kRgb, 0, 0, 0, 0, 0};
 }
 
 // A 32-bit picture: memory row r, column c holds 0xA0 << 24 | r << 12 | c + 1.
