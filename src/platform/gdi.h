@@ -40,9 +40,10 @@ inline uint32_t dibStride(int32_t width, uint32_t bitCount) {
 }
 
 // GetDIBits: with a null bits pointer and biBitCount 0 a format query that
-// fills in the header; otherwise reads `lines` rows from `start` (counted from
-// the bottom for a positive height) as 24- or 32-bit rows. Returns the rows
-// read, 0 on failure.
+// fills in the header; with a null bits pointer (or no lines) and a bit count,
+// completes the header's image size and returns nonzero; otherwise reads
+// `lines` rows from `start` (counted from the bottom for a positive height) as
+// 24- or 32-bit rows, padding bytes 0. Returns the rows read, 0 on failure.
 int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t lines, void* bits,
                   BitmapHeader* header, uint32_t usage);
 
@@ -53,7 +54,8 @@ int32_t setDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
 
 // SetDIBitsToDevice: draws the width x height rectangle at (xSrc, ySrc) of a
 // DIB of which `bits` holds `lines` rows from row `start`, at (x, y) on the
-// device, clipped to it. Returns the rows handed over, 0 on failure (a null
+// device, clipped to it. width and height are read as signed values, so a
+// negative int passed through them draws nothing. Returns the rows handed over, 0 on failure (a null
 // device context fails and draws nothing).
 int32_t setDIBitsToDevice(DeviceContext dc, int32_t x, int32_t y, uint32_t width, uint32_t height,
                           int32_t xSrc, int32_t ySrc, uint32_t start, uint32_t lines,

@@ -83,7 +83,12 @@ int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
     header->biClrUsed = header->biClrImportant = 0;
     return 1;
   }
-  if (!usableFormat(header) || header->biPlanes == 0 || !bits) return 0;
+  if (!usableFormat(header) || header->biPlanes == 0) return 0;
+  const uint32_t bitCount = header->biBitCount;
+  const size_t stride = dibStride(header->biWidth, bitCount);
+  header->biClrUsed = 0;
+  header->biSizeImage = static_cast<uint32_t>(stride * static_cast<size_t>(height));
+  if (!bits) return 1;  // no rows wanted: only the description is completed
 
   ScanMap map{height, header->biHeight < 0, start, lines};
   if (!map.topDown) {
@@ -91,8 +96,6 @@ int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
   } else if (height - map.lines - start < 0) {
     map.lines = height - start;
   }
-  const uint32_t bitCount = header->biBitCount;
-  const size_t stride = dibStride(header->biWidth, bitCount);
   const int64_t columns = std::min<int64_t>(header->biWidth, bm->width);
   auto* out = static_cast<uint8_t*>(bits);
   int32_t copied = 0;
@@ -105,12 +108,11 @@ int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
       continue;
     }
     if (row < 0) continue;
+    std::memset(line, 0, stride);  // padding and columns past the bitmap read as 0
     for (int64_t x = 0; x < columns; ++x)
       getPixelBytes(line + static_cast<size_t>(x) * (bitCount / 8), pixelAt(*bm, x, row), bitCount);
     ++copied;
   }
-  header->biClrUsed = 0;
-  header->biSizeImage = static_cast<uint32_t>(stride * static_cast<size_t>(height));
   return copied;
 }
 
@@ -120,7 +122,9 @@ int32_t setDIBits(DeviceContext, Bitmap bitmap, uint32_t start, uint32_t lines, 
   if (!bm || !bits || !usableFormat(header) || usage > 1) return 0;
   const int64_t height = abs64(header->biHeight);
   ScanMap map{height, header->biHeight < 0, start, lines};
-  if (!map.topDown) map.lines = std::max<int64_t>(0, std::min<int64_t>(lines, height - start));
+  // bottom-up, the lines are limited to those left above `start`, counted in
+  // unsigned 32 bits as GDI does (a start past the picture leaves them as given)
+  if (!map.topDown) map.lines = std::min(lines, static_cast<uint32_t>(height) - start);
   const uint32_t bitCount = header->biBitCount;
   const size_t stride = dibStride(header->biWidth, bitCount);
   const int64_t columns = std::min<int64_t>(header->biWidth, bm->width);
@@ -142,26 +146,27 @@ int32_t setDIBitsToDevice(DeviceContext dc, int32_t x, int32_t y, uint32_t width
   EffectsBitmap* bm = selectedBitmap(dc);
   if (!bm || !bits || !usableFormat(header) || usage > 1 || lines == 0) return 0;
   const bool topDown = header->biHeight < 0;
-  const int64_t pictureHeight = abs64(header->biHeight);
+  const uint32_t pictureHeight = static_cast<uint32_t>(abs64(header->biHeight));
   if (start >= pictureHeight) return 0;
-  int64_t count = lines;
-  if (!topDown) count = std::min<int64_t>(count, pictureHeight - start);
+  uint32_t count = lines;
+  if (!topDown) count = std::min(count, pictureHeight - start);
 
-  // The scan lines handed over form a block; srcY is the top of the source
-  // rectangle in that block, counted from the block's top row.
-  const int64_t cx = width, cy = height;
-  int64_t srcY = static_cast<int64_t>(start) + count - (static_cast<int64_t>(ySrc) + cy);
+  // GDI reads the rectangle's size as signed values (a "width" of 2^32 - 3 is
+  // -3, an empty rectangle), and works out where the rectangle's top lies in
+  // the block of scan lines handed over in 32-bit arithmetic that wraps.
+  const int64_t cx = static_cast<int32_t>(width), cy = static_cast<int32_t>(height);
+  int64_t srcY = static_cast<int32_t>(start + count - (static_cast<uint32_t>(ySrc) + height));
   if (srcY > 0) {
     if (topDown) {
       if (srcY >= count) return static_cast<int32_t>(count);
     } else {
       // rows above the rectangle are not needed
       if (srcY >= count) return 0;
-      count -= srcY;
+      count -= static_cast<uint32_t>(srcY);
       srcY = 0;
     }
   }
-  const int64_t blockRows = topDown ? std::min(count, pictureHeight) : count;
+  const int64_t blockRows = topDown ? std::min<int64_t>(count, pictureHeight) : int64_t{count};
 
   // The source rectangle within the block, then its image on the bitmap.
   const int64_t sLeft = std::max<int64_t>(xSrc, 0), sRight = std::min<int64_t>(int64_t{xSrc} + cx, header->biWidth);

@@ -17,37 +17,29 @@ bool sameColour(const Pixel32& a, const Pixel32& b) { return a.blue == b.blue &&
 }  // namespace
 
 // Every compositing export runs the same engine: the equal-size exports give
-// the canvas composite's bytes in every mode and layout.
+// the canvas composite's bytes in every mode and layout, and the flip export
+// gives what the plain one gives with the source turned upside down.
 TEST(AdvancedDIB, AgreesWithTheCanvasCompositeInEveryMode) {
   std::vector<Pixel32> display(20);
+  const auto s8 = pattern32(20, 11);
+  const auto s16 = pattern64(20, 13);
+  const auto sF = pattern128(20, 15);
+  std::vector<Pixel32> turned(20);
+  for (size_t r = 0; r < 4; ++r) std::copy_n(s8.begin() + long((3 - r) * 5), 5, turned.begin() + long(r * 5));
   for (int32_t mode = 0; mode <= 16; ++mode) {
-    const auto s8 = pattern32(20, 11);
-    auto a8 = pattern32(20, 12), b8 = a8;
+    auto a8 = pattern32(20, 12), b8 = a8, f8 = a8, g8 = a8;
     EXPECT_EQ(Vexo32AdvancedDIB(nullptr, 0, 0, 5, 4, a8.data(), s8.data(), 60, mode), 1);
     Vexo32DirectDIB(0, 0, 5, 4, s8.data(), b8.data(), 5, 4, 60, mode);
-    const auto s16 = pattern64(20, 13);
+    EXPECT_EQ(Vexo32AdvancedFlipDIB(nullptr, 0, 0, 5, 4, f8.data(), s8.data(), 60, mode), 1);
+    Vexo32AdvancedDIB(nullptr, 0, 0, 5, 4, g8.data(), turned.data(), 60, mode);
     auto a16 = pattern64(20, 14), b16 = a16;
     EXPECT_EQ(Vexo64AdvancedDIB(nullptr, 0, 0, 5, 4, a16.data(), s16.data(), display.data(), 60, mode), 1);
     Vexo64DirectDIB(0, 0, 5, 4, s16.data(), b16.data(), 5, 4, 60, mode);
-    const auto sF = pattern128(20, 15);
     auto aF = pattern128(20, 16), bF = aF;
     EXPECT_EQ(Vexo128AdvancedDIB(nullptr, 0, 0, 5, 4, aF.data(), sF.data(), display.data(), 60, mode), 1);
     Vexo128DirectDIB(0, 0, 5, 4, sF.data(), bF.data(), 5, 4, 60, mode);
-    EXPECT_TRUE(sameBytes(a8, b8) && sameBytes(a16, b16) && sameBytes(aF, bF)) << mode;
+    EXPECT_TRUE(sameBytes(a8, b8) && sameBytes(f8, g8) && sameBytes(a16, b16) && sameBytes(aF, bF)) << mode;
   }
-}
-
-TEST(AdvancedDIB, FlipReadsTheSourceUpsideDownAndOpacityZeroDoesNothing) {
-  const auto src = pattern32(12, 21);
-  std::vector<Pixel32> turned(12);
-  for (size_t r = 0; r < 4; ++r) std::copy_n(src.begin() + static_cast<long>((3 - r) * 3), 3, turned.begin() + static_cast<long>(r * 3));
-  auto flipped = pattern32(12, 22), plain = flipped;
-  const auto before = flipped;
-  EXPECT_EQ(Vexo32AdvancedFlipDIB(nullptr, 0, 0, 3, 4, flipped.data(), src.data(), 0, 0), -1);
-  EXPECT_TRUE(sameBytes(flipped, before));
-  EXPECT_EQ(Vexo32AdvancedFlipDIB(nullptr, 0, 0, 3, 4, flipped.data(), src.data(), 100, 0), 1);
-  Vexo32AdvancedDIB(nullptr, 0, 0, 3, 4, plain.data(), turned.data(), 100, 0);
-  EXPECT_TRUE(sameBytes(flipped, plain));
 }
 
 TEST(AdvancedDIB, DisplayPictures) {
@@ -75,44 +67,40 @@ TEST(AdvancedDirectDIB, ClipsAndWritesTheCoveredDisplayBottomUp) {
   auto src = pattern32(w * h, 31);
   for (auto& p : src) p.mask = 255;  // full weight: mode 0 copies
   auto canvas = pattern32(cw * ch, 32);
+  const Pixel32 aboveTheLayer = canvas[0];
   std::vector<Pixel32> display(w * h, kMarker);
-  EXPECT_EQ(Vexo32AdvancedDirectDIB(nullptr, -10, 1, w, h, display.data(), src.data(), canvas.data(), cw, ch, 100, 0), 1);
+  EXPECT_EQ(Vexo32AdvancedDirectDIB(nullptr, -10, 1, w, h, display.data(), src.data(), canvas.data(), cw, ch, 100, 0),
+            1);
   for (int32_t sy = 0; sy < h; ++sy)
     for (int32_t sx = 0; sx < w; ++sx) {
-      const Pixel32& d = display[static_cast<size_t>((h - 1 - sy) * w + sx)];
+      const Pixel32& d = display[size_t((h - 1 - sy) * w + sx)];
       const int32_t cx = sx - 10, cy = sy + 1;
       const bool covered = cx >= 0 && cx < cw && cy < ch;
-      EXPECT_EQ(d.mask, kMarker.mask);
-      EXPECT_TRUE(sameColour(d, covered ? canvas[static_cast<size_t>(cy * cw + cx)] : kMarker)) << sx << "," << sy;
-      EXPECT_TRUE(!covered || sameColour(canvas[static_cast<size_t>(cy * cw + cx)], src[static_cast<size_t>(sy * w + sx)]));
+      const Pixel32 c = covered ? canvas[size_t(cy * cw + cx)] : kMarker;
+      EXPECT_TRUE(sameColour(d, c) && d.mask == kMarker.mask) << sx << "," << sy;
+      EXPECT_TRUE(!covered || sameColour(c, src[size_t(sy * w + sx)]));
     }
-  EXPECT_TRUE(sameColour(canvas[0], pattern32(1, 32)[0]));  // row 0 is above the layer
+  EXPECT_TRUE(sameColour(canvas[0], aboveTheLayer));
 }
 
-TEST(AdvancedDirectDIB, UnknownModeReturnsZeroAndFloatShowsModeZeroThroughQ8) {
-  auto canvas = pattern64(4, 2);
-  const auto before = canvas;
-  std::vector<Pixel32> display(4, kMarker);
-  EXPECT_EQ(Vexo64AdvancedDirectDIB(nullptr, 0, 0, 2, 2, display.data(), pattern64(4).data(), canvas.data(), 2, 2, 100, 17), 0);
-  EXPECT_TRUE(sameBytes(canvas, before) && display[3].red == kMarker.red);
-  // 0.003 shows as 0 after mode 0 (Q8) and as 1 after mode 1 (clamp and round);
-  // 0.998 saturates under Q8 while 0.996 x 255 = 253.98 rounds to 254
+// 0.003 shows as 0 after mode 0 (Q8) and as 1 after mode 1 (clamp and round);
+// 0.998 saturates under Q8 while 0.996 x 255 = 253.98 rounds to 254.
+TEST(AdvancedDirectDIB, FloatShowsModeZeroThroughQ8) {
   const std::vector<Pixel128> src(1);
-  std::vector<Pixel128> cF{{0.003f, 1.25f, -0.5f, 0.75f}};
-  EXPECT_EQ(Vexo128AdvancedDirectDIB(nullptr, 0, 0, 1, 1, display.data(), src.data(), cF.data(), 1, 1, 100, 0), 1);
-  EXPECT_TRUE(sameColour(display[0], Pixel32{0, 255, 0, 0}) && display[0].mask == kMarker.mask);
-  Vexo128AdvancedDirectDIB(nullptr, 0, 0, 1, 1, display.data(), src.data(), cF.data(), 1, 1, 100, 1);
-  EXPECT_TRUE(sameColour(display[0], Pixel32{1, 255, 0, 0}));
-  cF[0].blue = 0.998f;
-  Vexo128AdvancedDirectDIB(nullptr, 0, 0, 1, 1, display.data(), src.data(), cF.data(), 1, 1, 100, 0);
-  EXPECT_EQ(display[0].blue, 255);
-  cF[0].blue = 0.996f;
-  Vexo128AdvancedDirectDIB(nullptr, 0, 0, 1, 1, display.data(), src.data(), cF.data(), 1, 1, 100, 2);
-  EXPECT_EQ(display[0].blue, 254);
+  std::vector<Pixel128> canvas{{0.003f, 1.25f, -0.5f, 0.75f}};
+  Pixel32 display = kMarker;
+  const struct { float blue; int32_t mode; Pixel32 want; } cases[] = {
+      {0.003f, 0, {0, 255, 0, 0}}, {0.003f, 1, {1, 255, 0, 0}}, {0.998f, 0, {255, 255, 0, 0}},
+      {0.996f, 2, {254, 255, 0, 0}}};
+  for (const auto& c : cases) {
+    canvas[0].blue = c.blue;
+    EXPECT_EQ(Vexo128AdvancedDirectDIB(nullptr, 0, 0, 1, 1, &display, src.data(), canvas.data(), 1, 1, 100, c.mode), 1);
+    EXPECT_TRUE(sameColour(display, c.want) && display.mask == kMarker.mask) << c.blue << " mode " << c.mode;
+  }
 }
 
 TEST(AdvancedMaskDIB, AddsAndErasesTheSquaredMaskOnly) {
-  struct { uint8_t m, c, opacity; int32_t mode; uint8_t want; } cases[] = {
+  const struct { uint8_t m, c, opacity; int32_t mode; uint8_t want; } cases[] = {
       {255, 10, 100, 2, 255}, {128, 100, 50, 2, 132},  // q = 255; q = round(128 x 128 / 510) = 32
       {128, 100, 50, 1, 68}, {255, 200, 100, 1, 0}, {0, 100, 100, 2, 100}, {255, 100, 100, 3, 100},
   };
@@ -132,14 +120,15 @@ TEST(AdvancedMaskDIB, AddsAndErasesTheSquaredMaskOnly) {
   Pixel64 c16{0, 0, 0, 32767};
   Vexo64AdvancedMaskDIB(nullptr, 0, 0, 1, 1, &display, &s16, &c16, 1, 1, 100, 1);
   EXPECT_TRUE(c16.mask == 32767 - 8192 && display.mask == (32767 - 8192) >> 7);  // q = round(16384² / 32767)
-  const Pixel128 sF{0, 0, 0, 0.5f};
+  // float: unrounded, shown as round(127.5) = 128 (ties to even), clamped at
+  // 0 when erasing, and a source mask of 0 leaves even an out-of-range mask
+  const Pixel128 sF{0, 0, 0, 0.5f}, none{0, 0, 0, 0};
   Pixel128 cF{0, 0, 0, 0.25f};
   Vexo128AdvancedMaskDIB(nullptr, 0, 0, 1, 1, &display, &sF, &cF, 1, 1, 100, 2);
-  EXPECT_TRUE(cF.mask == 0.5f && display.mask == 128);  // unrounded; round(127.5) to even
+  EXPECT_TRUE(cF.mask == 0.5f && display.mask == 128);
   for (int i = 0; i < 3; ++i) Vexo128AdvancedMaskDIB(nullptr, 0, 0, 1, 1, &display, &sF, &cF, 1, 1, 100, 1);
-  EXPECT_EQ(cF.mask, 0.0f);  // clamped at 0
-  const Pixel128 none{0, 0, 0, 0};
+  EXPECT_EQ(cF.mask, 0.0f);
   cF.mask = 1.5f;
   Vexo128AdvancedMaskDIB(nullptr, 0, 0, 1, 1, &display, &none, &cF, 1, 1, 100, 2);
-  EXPECT_EQ(cF.mask, 1.5f);  // mask 0 is skipped, not clamped
+  EXPECT_EQ(cF.mask, 1.5f);
 }

@@ -19,7 +19,7 @@ namespace effects::test {
 class TestSurface {
  public:
   // Every pixel set to `fill` (blue in the low byte, the fourth byte on top).
-  TestSurface(int32_t width, int32_t height, uint32_t fill) : width_(width), height_(height) {
+  TestSurface(int32_t width, int32_t height, uint32_t fill) : width_(width), height_(height), fill_(fill) {
 #if defined(_WIN32)
     dc_ = CreateCompatibleDC(nullptr);
     BITMAPINFO info{};
@@ -58,12 +58,20 @@ class TestSurface {
     return v;
   }
   void set(int32_t x, int32_t y, uint32_t v) { std::memcpy(bits_ + offset(x, y), &v, 4); }
-  int32_t width() const { return width_; }
-  int32_t height() const { return height_; }
+
+  // Every pixel outside [left, right) x [top, bottom) still holds the fill.
+  bool untouchedOutside(int32_t left, int32_t top, int32_t right, int32_t bottom) {
+    for (int32_t y = 0; y < height_; ++y)
+      for (int32_t x = 0; x < width_; ++x)
+        if ((x < left || x >= right || y < top || y >= bottom) && at(x, y) != fill_) return false;
+    return true;
+  }
+  bool untouched() { return untouchedOutside(0, 0, 0, 0); }
 
  private:
   size_t offset(int32_t x, int32_t y) const { return (size_t(y) * size_t(width_) + size_t(x)) * 4u; }
   int32_t width_, height_;
+  uint32_t fill_;
   uint8_t* bits_ = nullptr;
 #if defined(_WIN32)
   HDC dc_ = nullptr;
