@@ -70,9 +70,11 @@ TEST(ConvertWhole, FloatToSixteenBitTruncatesAndClamps) {
   EXPECT_EQ(Convert128to64Fast(8, w.data(), f.data()), 8);
   EXPECT_EQ(w[0].blue, 32766); EXPECT_EQ(w[0].green, 32767); EXPECT_EQ(w[0].red, 0); EXPECT_EQ(w[0].mask, 0);
   EXPECT_EQ(w[1].blue, 32767); EXPECT_EQ(w[1].green, 32767); EXPECT_EQ(w[1].mask, 16383);
-  // A product beyond the 32-bit range truncates to the most negative integer
-  // and clamps to 0.
-  EXPECT_EQ(w[1].red, 0);
+  // Products beyond the 32-bit range still clamp to full white.
+  EXPECT_EQ(w[1].red, 32767);
+  std::vector<Pixel128> huge{{1e30f, std::numeric_limits<float>::infinity(), 65538.0f, -1e30f}};
+  Convert128to64Fast(4, w.data(), huge.data());
+  EXPECT_EQ(w[0].blue, 32767); EXPECT_EQ(w[0].green, 32767); EXPECT_EQ(w[0].red, 32767); EXPECT_EQ(w[0].mask, 0);
 }
 
 TEST(ConvertWhole, Q8SaturatesAndRoundsToEven) {
