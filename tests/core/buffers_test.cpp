@@ -39,10 +39,6 @@ TEST(Invert, SixteenBitWrapsAndFloatDoesNotClamp) {
   Pixel128 f{0.25f, 0.0f, 2.5f, 0.75f};
   EXPECT_EQ(VexoInvert128(4, &f, 2), 0);
   EXPECT_EQ(f, (Pixel128{0.25f, 0.0f, -1.5f, 0.75f}));
-  VexoInvert64(4, &w, 0);
-  VexoInvert128(4, &f, 5);
-  EXPECT_EQ(w, (Pixel64{32767, 0, 58303, 5}));
-  EXPECT_EQ(f, (Pixel128{0.25f, 0.0f, -1.5f, 0.75f}));
 }
 
 // The pixel count rule shared by every whole-buffer export: ((n - 1) >> 2) + 1
@@ -57,10 +53,6 @@ TEST(ElementCount, PartialLastPixelAndNonPositiveCounts) {
       const bool filled = px[i].blue == 30;
       EXPECT_EQ(filled, i < c.touched) << "count " << c.count << " pixel " << i;
     }
-    std::vector<Pixel128> f(4, Pixel128{0.5f, 0.5f, 0.5f, 0.5f});
-    EXPECT_EQ(Vexo128MasktoImageDIB(c.count, f.data()), 1);
-    VexoBlankMask128(c.count, f.data());
-    for (size_t i = 0; i < f.size(); ++i) EXPECT_EQ(f[i].mask == 0.0f, i < c.touched) << c.count;
   }
 }
 
@@ -77,8 +69,9 @@ TEST(Masks, EachExportChangesOnlyTheMask) {
 }
 
 // The mask becomes a grey image (the float one copied bit for bit); these
-// exports answer 1.
+// exports answer 1, also when they return early.
 TEST(Masks, MaskBecomesGreyImage) {
+  EXPECT_EQ(Vexo32MasktoImageDIB(0, nullptr), 1);
   EXPECT_EQ(after(Vexo32MasktoImageDIB, Pixel32{10, 20, 30, 200}, 1), (Pixel32{200, 200, 200, 200}));
   EXPECT_EQ(after(Vexo64MasktoImageDIB, Pixel64{10, 20, 30, 40000}, 1), (Pixel64{40000, 40000, 40000, 40000}));
   EXPECT_EQ(after(Vexo128MasktoImageDIB, Pixel128{1, 2, 3, -0.0f}, 1), (Pixel128{-0.0f, -0.0f, -0.0f, -0.0f}));

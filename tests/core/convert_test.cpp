@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <limits>
-#include <utility>
 #include <vector>
 
 #include "core/numeric.h"
@@ -98,12 +96,16 @@ TEST(ConvertWhole, CountsBelowOneTouchNothingAndPartialPixelsConvertWhole) {
 }
 
 // The 3-channel buffers hold red, green, blue; the mask is dropped on the way
-// out and left alone on the way in.
+// out and left alone on the way in. 15 -> 16 bit doubles in 16-bit arithmetic.
 TEST(ConvertRows, ThreeChannelBuffersSwapRedAndBlue) {
   std::vector<Pixel32> a{{1, 2, 3, 4}, {5, 6, 7, 8}};
   std::vector<uint8_t> rgb(6);
   EXPECT_EQ(Convert32BIT_4to3ChannelsFast(2, 1, a.data(), rgb.data()), 0);
   EXPECT_EQ(rgb, (std::vector<uint8_t>{3, 2, 1, 7, 6, 5}));
+  Pixel64 w{1, 40000, 32767, 5};
+  std::vector<uint16_t> rgb48(3);
+  EXPECT_EQ(Convert15BITto16BITFast(1, 1, &w, rgb48.data()), 0);
+  EXPECT_EQ(rgb48, (std::vector<uint16_t>{65534, 14464, 2}));
   Pixel128 f{0.25f, -0.0f, 2.5f, 0.5f};
   std::vector<float> frgb(3);
   EXPECT_EQ(Convert32BITto24BITFast(1, 1, &f, frgb.data()), 0);
@@ -111,13 +113,6 @@ TEST(ConvertRows, ThreeChannelBuffersSwapRedAndBlue) {
   Pixel128 back{9, 9, 9, 0.75f};
   EXPECT_EQ(Convert128BIT_3to4ChannelsFast(1, 1, &back, frgb.data()), 0);
   EXPECT_EQ(back, (Pixel128{0.25f, -0.0f, 2.5f, 0.75f}));
-}
-
-TEST(ConvertRows, FifteenToSixteenBitDoublesAndWraps) {
-  Pixel64 w{1, 40000, 32767, 5};
-  std::vector<uint16_t> rgb(3);
-  EXPECT_EQ(Convert15BITto16BITFast(1, 1, &w, rgb.data()), 0);
-  EXPECT_EQ(rgb, (std::vector<uint16_t>{65534, 14464, 2}));
 }
 
 // Red and green go across bit for bit; blue is read signed, scaled from
@@ -139,38 +134,35 @@ TEST(ConvertRows, FloatTripleKeepsPixelOrderAndRounds) {
   EXPECT_EQ(w, (std::vector<Pixel64>{{32767, 16384, 8192, 32767}, {32767, 0, 0, 32767}}));
 }
 
-TEST(ConvertRows, HdrImportAppliesDisplayGamma) {
+// Both HDR imports raise to 1/2.2 and leave the mask alone. RGBE pixels are
+// (r, g, b, e): e = 136 is a scale of 1, 128 of 1/256; e = 0 is not zero.
+TEST(ConvertRows, HdrImportsApplyDisplayGamma) {
   std::vector<float> rgb{4.0f, 0.25f, 1.0f,  0.0f, 0.5f, 0.0f};
   std::vector<Pixel128> f(2, Pixel128{9, 9, 9, 0.5f});
   EXPECT_EQ(Convert128HDRFast(1, 2, f.data(), rgb.data(), 77), 0);
   EXPECT_EQ(f, (std::vector<Pixel128>{{1.0f, 0.5325205326080322f, 1.8778618574142456f, 0.5f},
                                       {0.0f, 0.7297400236129761f, 0.0f, 0.5f}}));
-}
-
-// (r, g, b, e): e = 136 is a scale of 1, 128 of 1/256; e = 0 is not zero.
-TEST(ConvertRows, RgbeImportScalesByTheSharedExponent) {
   std::vector<uint8_t> rgbe{1, 4, 0, 136,  0, 0, 128, 128,  255, 0, 0, 0};
-  std::vector<Pixel128> f(3, Pixel128{9, 9, 9, 0.25f});
+  f.assign(3, Pixel128{9, 9, 9, 0.25f});
   EXPECT_EQ(Convert128HDRRAWFast(3, 1, f.data(), rgbe.data(), 0), 0);
   EXPECT_EQ(f, (std::vector<Pixel128>{{0.0f, 1.8778618574142456f, 1.0f, 0.25f},
                                       {0.7297400236129761f, 0.0f, 0.0f, 0.25f},
                                       {0.0f, 0.0f, 3.0531974668028955e-18f, 0.25f}}));
 }
 
+// A height below 1 returns at once; a width below 1 converts nothing.
 TEST(ConvertRows, EmptyShapesTouchNothing) {
-  std::vector<Pixel64> w(2, Pixel64{5, 5, 5, 5});
-  std::vector<uint16_t> rgb(6, 3);
-  std::vector<uint8_t> rgbe(8, 200);
-  std::vector<Pixel128> f(2, Pixel128{5, 5, 5, 5});
-  const auto w0 = w;
-  const auto rgb0 = rgb;
-  const auto f0 = f;
-  for (auto [width, height] : std::initializer_list<std::pair<int32_t, int32_t>>{{2, 0}, {0, 2}, {-1, 2}, {2, -1}, {-2, -1}}) {
-    EXPECT_EQ(Convert16BITto15BITFast(width, height, rgb.data(), w.data()), 0);
-    EXPECT_EQ(Convert15BITto16BITFast(width, height, w.data(), rgb.data()), 0);
-    EXPECT_EQ(Convert128HDRRAWFast(width, height, f.data(), rgbe.data(), 0), 0);
+  const std::vector<Pixel64> w0(2, Pixel64{5, 5, 5, 5});
+  const std::vector<Pixel128> f0(2, Pixel128{5, 5, 5, 5});
+  const std::vector<uint8_t> rgbe(8, 200);
+  const std::vector<uint16_t> rgb(6, 3);
+  struct Size { int32_t width, height; };
+  for (Size s : {Size{2, 0}, Size{0, 2}, Size{-1, 2}, Size{2, -1}, Size{-2, -1}}) {
+    auto w = w0;
+    auto f = f0;
+    EXPECT_EQ(Convert16BITto15BITFast(s.width, s.height, rgb.data(), w.data()), 0);
+    EXPECT_EQ(Convert128HDRRAWFast(s.width, s.height, f.data(), rgbe.data(), 0), 0);
+    EXPECT_EQ(w, w0);
+    EXPECT_EQ(f, f0);
   }
-  EXPECT_EQ(w, w0);
-  EXPECT_EQ(rgb, rgb0);
-  EXPECT_EQ(f, f0);
 }
