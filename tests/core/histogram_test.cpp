@@ -114,8 +114,9 @@ TEST(Histogram, ChannelHistogramsPerLayout) {
 // alone; the float form floors at 1e-8 and resets the non-zero minimum.
 TEST(DynamicRange, UnquantisedLuminance) {
   Measured m;
-  EXPECT_EQ(m.range(DynamicRange32Fast, 12, std::vector<Pixel32>{grey32(255), {1, 0, 0, 0}, {255, 254, 255, 0}}), 12);
-  EXPECT_EQ(m.stats(), (Stats{static_cast<float>(0.0721), 255, 1e30f, 509.356689453125f}));
+  EXPECT_EQ(m.range(DynamicRange32Fast, 12, std::vector<Pixel32>{grey32(255), {255, 2, 0, 0}, {1, 0, 0, 0}}), 12);
+  // Summed in float, the last step would give 274.88839721679688.
+  EXPECT_EQ(m.stats(), (Stats{static_cast<float>(0.0721), 255, 1e30f, 274.888427734375f}));
   // 16 bit: unsigned and unscaled.
   m.range(DynamicRange64Fast, 8, std::vector<Pixel64>{grey64(40000), grey64(0)});
   EXPECT_EQ(m.stats(), (Stats{0, 40000, 1e30f, 40000}));

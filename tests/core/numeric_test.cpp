@@ -48,9 +48,8 @@ TEST(Numeric, QuantiserThresholdsAndTies) {
   }
 }
 
-TEST(Numeric, ClampsAndWrappingArithmetic) {
-  EXPECT_EQ(clampTo(300, 0, 255), 255);
-  EXPECT_EQ(clampTo(-3, 0, 255), 0);
+// Signed 32-bit arithmetic that wraps instead of overflowing (UBSan watches).
+TEST(Numeric, WrappingArithmetic) {
   EXPECT_EQ(wrapAdd(INT32_MAX, 1), INT32_MIN);
   EXPECT_EQ(wrapSub(INT32_MIN, 1), INT32_MAX);
   EXPECT_EQ(wrapMul(65536, 65536), 0);
