@@ -22,7 +22,7 @@ P after(int32_t(EFFECTS_CALL* op)(int32_t, P*), P p, int32_t result = 0) {
 
 // Red is element 2 and blue element 0; the mask is never touched, and an
 // unknown selector touches nothing.
-TEST(Invert, SelectorsPickTheColourElements) {
+TEST(Invert, SelectorsAndPerLayoutArithmetic) {
   struct Case { int32_t selector; Pixel32 expected; };
   const Pixel32 start{10, 20, 30, 40};
   for (Case c : {Case{1, {245, 235, 225, 40}}, Case{2, {10, 20, 225, 40}}, Case{3, {10, 235, 30, 40}},
@@ -31,9 +31,7 @@ TEST(Invert, SelectorsPickTheColourElements) {
     EXPECT_EQ(VexoInvert32(4, &p, c.selector), 0);
     EXPECT_EQ(p, c.expected) << "selector " << c.selector;
   }
-}
-
-TEST(Invert, SixteenBitWrapsAndFloatDoesNotClamp) {
+  // 16 bits subtract from 32767 and wrap; float does not clamp.
   Pixel64 w{0, 32767, 40000, 5};
   VexoInvert64(4, &w, 1);
   EXPECT_EQ(w, (Pixel64{32767, 0, 58303, 5}));  // 32767 - 40000 modulo 65536
@@ -57,7 +55,7 @@ TEST(ElementCount, PartialLastPixelAndNonPositiveCounts) {
   }
 }
 
-TEST(Masks, EachExportChangesOnlyTheMask) {
+TEST(Masks, MaskUtilities) {
   EXPECT_EQ(after(VexoInvertMask32, Pixel32{1, 2, 3, 200}), (Pixel32{1, 2, 3, 55}));
   EXPECT_EQ(after(VexoInvertMask64, Pixel64{1, 2, 3, 0}), (Pixel64{1, 2, 3, 32767}));
   EXPECT_EQ(after(VexoInvertMask128, Pixel128{1, 2, 3, 0.25f}), (Pixel128{1, 2, 3, 0.75f}));
@@ -67,11 +65,8 @@ TEST(Masks, EachExportChangesOnlyTheMask) {
   EXPECT_EQ(after(VexoBlankMask32, Pixel32{1, 2, 3, 4}), (Pixel32{1, 2, 3, 0}));
   EXPECT_EQ(after(VexoBlankMask64, Pixel64{1, 2, 3, 4}), (Pixel64{1, 2, 3, 0}));
   EXPECT_EQ(after(VexoBlankMask128, Pixel128{1, 2, 3, 4}), (Pixel128{1, 2, 3, 0.0f}));
-}
-
-// The mask becomes a grey image (the float one copied bit for bit); these
-// exports answer 1, also when they return early.
-TEST(Masks, MaskBecomesGreyImage) {
+  // The mask becomes a grey image (the float one copied bit for bit); these
+  // exports answer 1, also when they return early.
   EXPECT_EQ(Vexo32MasktoImageDIB(0, nullptr), 1);
   EXPECT_EQ(after(Vexo32MasktoImageDIB, Pixel32{10, 20, 30, 200}, 1), (Pixel32{200, 200, 200, 200}));
   EXPECT_EQ(after(Vexo64MasktoImageDIB, Pixel64{10, 20, 30, 40000}, 1), (Pixel64{40000, 40000, 40000, 40000}));
