@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -12,130 +13,132 @@ using namespace effects::test;
 namespace {
 
 const float kNaN = std::numeric_limits<float>::quiet_NaN();
+const float kFloor = static_cast<float>(1e-8);  // the float measures' floor
 
-// Outputs of one measurement, prefilled with values no export produces so a
-// test sees which ones were written.
+using Bins = std::vector<std::pair<int, float>>;
+using Stats = std::array<float, 4>;  // minimum, maximum, non-zero minimum, sum
+
+// The outputs of a measurement, prefilled with values no export produces so
+// a test sees which ones were written. The dynamic range of 8 and 16 bits
+// gets minimumNonZero as its reserved output.
 struct Measured {
   std::vector<float> histogram = std::vector<float>(256, 0.0f);
   float minimum = -7, maximum = -7, minimumNonZero = 1e30f, sum = -7;
 
-  // The histogram as (bin, count) pairs of its non-empty bins.
-  std::vector<std::pair<int, float>> bins() const {
-    std::vector<std::pair<int, float>> out;
+  // A histogram export, with its channel offset where it takes one.
+  template <class F, class P, class... Offset>
+  int32_t run(F f, int32_t n, const std::vector<P>& px, Offset... offset) {
+    return f(n, px.data(), histogram.data(), &minimum, &maximum, &minimumNonZero, &sum, offset...);
+  }
+  template <class F, class P>
+  int32_t range(F f, int32_t n, const std::vector<P>& px) {
+    return f(n, px.data(), &minimum, &maximum, &minimumNonZero, &sum);
+  }
+
+  Stats stats() const { return {minimum, maximum, minimumNonZero, sum}; }
+
+  // The non-empty bins as (bin, count) pairs.
+  Bins bins() const {
+    Bins out;
     for (int i = 0; i < 256; ++i) if (histogram[i] != 0.0f) out.emplace_back(i, histogram[i]);
     return out;
   }
 };
-
-using Bins = std::vector<std::pair<int, float>>;
 
 Pixel32 grey32(uint8_t v) { return Pixel32{v, v, v, 0}; }
 Pixel64 grey64(uint16_t v) { return Pixel64{v, v, v, 0}; }
 
 }  // namespace
 
-TEST(Histogram, LuminanceBinsOfEightBitPixels) {
+// The 8- and 16-bit histograms feed the bin number into the statistics, and
+// bin 0 never becomes the non-zero minimum.
+TEST(Histogram, IntegerLuminanceBinsAndAccumulation) {
   // white, blue 1 (0.0721), grey 100, 254.28 (saturates), grey 254, 1.0094
   std::vector<Pixel32> px{grey32(255), {1, 0, 0, 9}, grey32(100), {255, 254, 255, 0}, grey32(254), {14, 0, 0, 0}};
   Measured m;
-  EXPECT_EQ(Histogram32Fast(24, px.data(), m.histogram.data(), &m.minimum, &m.maximum, &m.minimumNonZero, &m.sum), 24);
+  EXPECT_EQ(m.run(Histogram32Fast, 24, px), 24);
   EXPECT_EQ(m.bins(), (Bins{{0, 1}, {1, 1}, {100, 1}, {254, 1}, {255, 2}}));
-  EXPECT_EQ(m.minimum, 0.0f); EXPECT_EQ(m.maximum, 255.0f);
-  EXPECT_EQ(m.minimumNonZero, 1.0f);  // bin 0 never counts as the non-zero minimum
-  EXPECT_EQ(m.sum, 865.0f);
+  EXPECT_EQ(m.stats(), (Stats{0, 255, 1, 865}));
   // A second call adds to the histogram; the statistics start again, except
   // the non-zero minimum, which goes on from what the caller holds.
-  std::vector<Pixel32> grey{grey32(100)};
-  Histogram32Fast(4, grey.data(), m.histogram.data(), &m.minimum, &m.maximum, &m.minimumNonZero, &m.sum);
+  m.run(Histogram32Fast, 4, std::vector<Pixel32>{grey32(100)});
   EXPECT_EQ(m.histogram[100], 2.0f);
-  EXPECT_EQ(m.minimum, 100.0f); EXPECT_EQ(m.maximum, 100.0f); EXPECT_EQ(m.sum, 100.0f);
-  EXPECT_EQ(m.minimumNonZero, 1.0f);
+  EXPECT_EQ(m.stats(), (Stats{100, 100, 1, 100}));
+
+  // 16 bit, read signed and scaled by 1/128: 2.5 -> 2 and 4.5 -> 4 (ties to
+  // even), 40000 reads negative -> 0, 255.99 -> 255, 254.0 -> 254.
+  std::vector<Pixel64> words{grey64(320), grey64(576), grey64(40000), grey64(32767), grey64(32512)};
+  Measured w;
+  EXPECT_EQ(w.run(Histogram64Fast, 20, words), 20);
+  EXPECT_EQ(w.bins(), (Bins{{0, 1}, {2, 1}, {4, 1}, {254, 1}, {255, 1}}));
+  EXPECT_EQ(w.stats(), (Stats{0, 255, 2, 515}));
 }
 
-TEST(Histogram, SixteenBitLuminanceIsSignedAndRoundsToEven) {
-  std::vector<Pixel64> px{grey64(320), grey64(576), grey64(40000), grey64(32767), grey64(32512)};
-  Measured m;
-  EXPECT_EQ(Histogram64Fast(20, px.data(), m.histogram.data(), &m.minimum, &m.maximum, &m.minimumNonZero, &m.sum), 20);
-  // 2.5 -> 2, 4.5 -> 4, 40000 reads negative -> 0, 255.99 -> 255, 254.0 -> 254
-  EXPECT_EQ(m.bins(), (Bins{{0, 1}, {2, 1}, {4, 1}, {254, 1}, {255, 1}}));
-  EXPECT_EQ(m.minimum, 0.0f); EXPECT_EQ(m.maximum, 255.0f); EXPECT_EQ(m.minimumNonZero, 2.0f); EXPECT_EQ(m.sum, 515.0f);
-}
-
+// 127.5 -> 128; red 2.0 alone is 108.375; NaN -> 0. The statistics keep their
+// initial values and the non-zero minimum is not touched.
 TEST(Histogram, FloatHistogramComputesNoStatistics) {
   std::vector<Pixel128> px{{0.5f, 0.5f, 0.5f, 0}, {0, 0, 2.0f, 0}, {kNaN, 0, 0, 0}, {0, 0, 0, 1}, {1.5f, 1.5f, 1.5f, 0}};
   Measured m;
-  m.minimumNonZero = 42.0f;
-  EXPECT_EQ(Histogram128Fast(20, px.data(), m.histogram.data(), &m.minimum, &m.maximum, &m.minimumNonZero, &m.sum), 20);
-  // 127.5 -> 128 (ties to even); red 2.0 alone is 108.375; NaN -> 0
+  EXPECT_EQ(m.run(Histogram128Fast, 20, px), 20);
   EXPECT_EQ(m.bins(), (Bins{{0, 2}, {108, 1}, {128, 1}, {255, 1}}));
-  EXPECT_EQ(m.minimum, 1e10f); EXPECT_EQ(bitsOf(m.maximum), bitsOf(1e-10f)); EXPECT_EQ(m.sum, 0.0f);
-  EXPECT_EQ(m.minimumNonZero, 42.0f);
+  EXPECT_EQ(m.stats(), (Stats{1e10f, 1e-10f, 1e30f, 0}));
 }
 
 TEST(Histogram, ChannelHistogramsPerLayout) {
   std::vector<Pixel32> a{{10, 20, 30, 0}, {10, 20, 0, 255}};
   Measured m;
-  EXPECT_EQ(HistogramChannel32Fast(8, a.data(), m.histogram.data(), &m.minimum, &m.maximum, &m.minimumNonZero, &m.sum, 2), 8);
+  EXPECT_EQ(m.run(HistogramChannel32Fast, 8, a, 2), 8);
   EXPECT_EQ(m.bins(), (Bins{{0, 1}, {30, 1}}));
-  EXPECT_EQ(m.minimum, 0.0f); EXPECT_EQ(m.maximum, 30.0f); EXPECT_EQ(m.minimumNonZero, 30.0f); EXPECT_EQ(m.sum, 30.0f);
-  HistogramChannel32Fast(8, a.data(), m.histogram.data(), &m.minimum, &m.maximum, &m.minimumNonZero, &m.sum, 3);
-  EXPECT_EQ(m.bins(), (Bins{{0, 2}, {30, 1}, {255, 1}}));
-  HistogramChannel32Fast(8, a.data(), m.histogram.data(), &m.minimum, &m.maximum, &m.minimumNonZero, &m.sum, 6);
-  EXPECT_EQ(m.bins(), (Bins{{0, 3}, {30, 2}, {255, 1}}));  // only the two low bits count: 6 is red
+  EXPECT_EQ(m.stats(), (Stats{0, 30, 30, 30}));
+  m.run(HistogramChannel32Fast, 8, a, 3);
+  m.run(HistogramChannel32Fast, 8, a, 6);  // only the two low bits count: 6 is red
+  EXPECT_EQ(m.bins(), (Bins{{0, 3}, {30, 2}, {255, 1}}));
 
   // 16 bit: the element is read unsigned (40000 is 312.5, bin 255).
   std::vector<Pixel64> b{{40000, 0, 0, 0}, {320, 0, 0, 0}, {32513, 0, 0, 0}, {127, 0, 0, 0}};
   Measured w;
-  HistogramChannel64Fast(16, b.data(), w.histogram.data(), &w.minimum, &w.maximum, &w.minimumNonZero, &w.sum, 0);
+  w.run(HistogramChannel64Fast, 16, b, 0);
   EXPECT_EQ(w.bins(), (Bins{{0, 1}, {2, 1}, {255, 2}}));
-  EXPECT_EQ(w.minimum, 0.0f); EXPECT_EQ(w.maximum, 255.0f); EXPECT_EQ(w.minimumNonZero, 2.0f); EXPECT_EQ(w.sum, 512.0f);
+  EXPECT_EQ(w.stats(), (Stats{0, 255, 2, 512}));
 
-  // Float: the value itself (floored at 1e-8) feeds the statistics.
+  // Float: the value itself, floored at 1e-8, feeds the statistics.
   std::vector<Pixel128> c{{0, 2.0f, 0, 0}, {0, -1.0f, 0, 0}, {0, 0.5f, 0, 0}, {0, kNaN, 0, 0}};
   Measured f;
-  HistogramChannel128Fast(16, c.data(), f.histogram.data(), &f.minimum, &f.maximum, &f.minimumNonZero, &f.sum, 1);
+  f.run(HistogramChannel128Fast, 16, c, 1);
   EXPECT_EQ(f.bins(), (Bins{{0, 2}, {128, 1}, {255, 1}}));
-  EXPECT_EQ(f.maximum, 2.0f); EXPECT_EQ(f.minimum, static_cast<float>(1e-8)); EXPECT_EQ(f.minimumNonZero, f.minimum);
-  EXPECT_EQ(f.sum, 2.5f);
+  EXPECT_EQ(f.stats(), (Stats{kFloor, 2, kFloor, 2.5f}));
 }
 
+// The luminance itself, not quantised; the sum is formed in double and stored
+// as float at every step. The 8- and 16-bit forms leave their reserved output
+// alone; the float form floors at 1e-8 and resets the non-zero minimum.
 TEST(DynamicRange, UnquantisedLuminance) {
-  std::vector<Pixel32> a{grey32(255), {1, 0, 0, 0}, {255, 254, 255, 0}};
   Measured m;
-  float reserved = 7.0f;
-  EXPECT_EQ(DynamicRange32Fast(12, a.data(), &m.minimum, &m.maximum, &reserved, &m.sum), 12);
-  EXPECT_EQ(m.minimum, static_cast<float>(0.0721)); EXPECT_EQ(m.maximum, 255.0f);
-  EXPECT_EQ(m.sum, 509.356689453125f);  // accumulated in double, stored as float each step
-  EXPECT_EQ(reserved, 7.0f);
-
-  std::vector<Pixel64> b{grey64(40000), grey64(0)};  // unsigned and unscaled here
-  DynamicRange64Fast(8, b.data(), &m.minimum, &m.maximum, &reserved, &m.sum);
-  EXPECT_EQ(m.minimum, 0.0f); EXPECT_EQ(m.maximum, 40000.0f); EXPECT_EQ(m.sum, 40000.0f); EXPECT_EQ(reserved, 7.0f);
-
-  std::vector<Pixel128> c{{0, 0, 0, 1}, {2.0f, 2.0f, 2.0f, 1}};
+  EXPECT_EQ(m.range(DynamicRange32Fast, 12, std::vector<Pixel32>{grey32(255), {255, 2, 0, 0}, {1, 0, 0, 0}}), 12);
+  // Summed in float, the last step would give 274.88839721679688.
+  EXPECT_EQ(m.stats(), (Stats{static_cast<float>(0.0721), 255, 1e30f, 274.888427734375f}));
+  // 16 bit: unsigned and unscaled.
+  m.range(DynamicRange64Fast, 8, std::vector<Pixel64>{grey64(40000), grey64(0)});
+  EXPECT_EQ(m.stats(), (Stats{0, 40000, 1e30f, 40000}));
   m.minimumNonZero = 0.0f;
-  DynamicRange128Fast(8, c.data(), &m.minimum, &m.maximum, &m.minimumNonZero, &m.sum);
-  EXPECT_EQ(m.minimum, static_cast<float>(1e-8)); EXPECT_EQ(m.minimumNonZero, m.minimum);
-  EXPECT_EQ(m.maximum, 2.0f); EXPECT_EQ(m.sum, 2.0f);
+  m.range(DynamicRange128Fast, 8, std::vector<Pixel128>{{0, 0, 0, 1}, {2.0f, 2.0f, 2.0f, 1}});
+  EXPECT_EQ(m.stats(), (Stats{kFloor, 2, kFloor, 2}));
 }
 
+// The statistics are reset before the count is looked at; the histogram is
+// never cleared.
 TEST(DynamicRange, OutputsAreResetEvenWhenNothingIsMeasured) {
-  std::vector<Pixel32> a{grey32(50)};
   Measured m;
   m.histogram[3] = 5.0f;
-  EXPECT_EQ(Histogram32Fast(0, a.data(), m.histogram.data(), &m.minimum, &m.maximum, &m.minimumNonZero, &m.sum), 0);
-  EXPECT_EQ(m.minimum, 1e10f); EXPECT_EQ(bitsOf(m.maximum), bitsOf(1e-10f)); EXPECT_EQ(m.sum, 0.0f);
-  EXPECT_EQ(m.minimumNonZero, 1e30f);
+  EXPECT_EQ(m.run(Histogram32Fast, 0, std::vector<Pixel32>{}), 0);
+  EXPECT_EQ(m.stats(), (Stats{1e10f, 1e-10f, 1e30f, 0}));
+  m.minimum = m.maximum = m.sum = -7;
+  EXPECT_EQ(m.run(HistogramChannel128Fast, -4, std::vector<Pixel128>{}, 0), -4);
+  EXPECT_EQ(m.stats(), (Stats{1e10f, 1e-10f, 1e30f, 0}));
   EXPECT_EQ(m.bins(), (Bins{{3, 5}}));
-  Measured c;
-  EXPECT_EQ(HistogramChannel128Fast(-4, nullptr, c.histogram.data(), &c.minimum, &c.maximum, &c.minimumNonZero, &c.sum, 0), -4);
-  EXPECT_EQ(c.minimum, 1e10f); EXPECT_EQ(c.minimumNonZero, 1e30f);
-  Measured d;
-  EXPECT_EQ(DynamicRange128Fast(0, nullptr, &d.minimum, &d.maximum, &d.minimumNonZero, &d.sum), 0);
-  EXPECT_EQ(d.minimum, 1e10f); EXPECT_EQ(d.minimumNonZero, 1e10f); EXPECT_EQ(bitsOf(d.maximum), bitsOf(1e-10f)); EXPECT_EQ(d.sum, 0.0f);
-  // A partial count measures the whole last pixel.
-  std::vector<Pixel32> two{grey32(10), grey32(20), grey32(30)};
-  Measured p;
-  DynamicRange32Fast(5, two.data(), &p.minimum, &p.maximum, nullptr, &p.sum);
-  EXPECT_EQ(p.maximum, 20.0f);
+  EXPECT_EQ(m.range(DynamicRange128Fast, 0, std::vector<Pixel128>{}), 0);
+  EXPECT_EQ(m.stats(), (Stats{1e10f, 1e-10f, 1e10f, 0}));
+  // A partial count measures the whole last pixel, and no more.
+  m.range(DynamicRange32Fast, 5, std::vector<Pixel32>{grey32(10), grey32(20), grey32(30)});
+  EXPECT_EQ(m.maximum, 20.0f);
 }

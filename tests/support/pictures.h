@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <cstring>
+#include <iomanip>
+#include <ostream>
 #include <vector>
 
 #include "effects/effects.h"
@@ -52,3 +54,21 @@ bool sameBytes(const std::vector<P>& a, const std::vector<P>& b) {
 inline uint32_t bitsOf(float f) { uint32_t u; std::memcpy(&u, &f, 4); return u; }
 
 }  // namespace effects::test
+
+// Whole-pixel comparison and printing for EXPECT_EQ, found through the pixel
+// types' own (global) namespace. Floats are compared bit for bit, so -0.0 and
+// 0.0 differ and a NaN equals the same NaN.
+inline bool operator==(const Pixel32& a, const Pixel32& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+inline bool operator==(const Pixel64& a, const Pixel64& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+inline bool operator==(const Pixel128& a, const Pixel128& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+namespace effects::test {
+template <class P>
+void printPixel(const P& p, std::ostream* os) {
+  *os << std::setprecision(9) << "{" << +p.blue << ", " << +p.green << ", " << +p.red << ", " << +p.mask << "}";
+}
+}  // namespace effects::test
+
+inline void PrintTo(const Pixel32& p, std::ostream* os) { effects::test::printPixel(p, os); }
+inline void PrintTo(const Pixel64& p, std::ostream* os) { effects::test::printPixel(p, os); }
+inline void PrintTo(const Pixel128& p, std::ostream* os) { effects::test::printPixel(p, os); }
