@@ -39,14 +39,13 @@ inline float widen16toFloat(uint16_t x) {
   return static_cast<float>(static_cast<int16_t>(x) * 3.051850947599719e-5);
 }
 
-// Truncation toward zero (not rounding): 0.99999 gives 32766. The clamp
-// applies to the exact product, so a bright HDR value of any size is full
-// white, not whatever a 32-bit conversion would make of it; NaN gives 0.
+// Truncation toward zero (not rounding) into a 32-bit integer, then the
+// clamp: 0.99999 gives 32766. A product beyond the 32-bit range (a float
+// above about 65538) truncates to the most negative integer, as the
+// processor's conversion does, and so clamps to 0, as does NaN. Hosts compare
+// against pictures made that way, so very bright HDR values stay black here.
 inline uint16_t narrowFloatTo16(float x) {
-  const double v = x * 32767.0;
-  if (!(v > 0.0)) return 0;
-  if (v >= 32767.0) return 32767;
-  return static_cast<uint16_t>(truncToInt32(v));
+  return static_cast<uint16_t>(clampTo<int32_t>(truncToInt32(x * 32767.0), 0, 32767));
 }
 
 // x * 32767 clamped to the layout's range, then rounded to nearest even. NaN

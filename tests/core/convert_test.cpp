@@ -52,12 +52,13 @@ TEST(ConvertWhole, ToFloatScalesInDouble) {
             (Pixel128{-0.7793206572532654f, 1.0f, 0.0f, -3.0518509447574615e-05f}));
 }
 
-// To 16 bits: truncation, not rounding, and the clamp applies however large
-// the product.
+// To 16 bits: truncation into a 32-bit integer, not rounding, then the clamp;
+// a product beyond the 32-bit range truncates to the most negative integer
+// and so clamps to 0.
 TEST(ConvertWhole, FromFloatTruncatesOrQuantises) {
   EXPECT_EQ(narrowed(Convert128to64Fast, Pixel128{0.99999f, 1.5f, -0.1f, kNaN}), (Pixel64{32766, 32767, 0, 0}));
-  EXPECT_EQ(narrowed(Convert128to64Fast, Pixel128{0.5f, 70000.0f, 1e30f, kInf}), (Pixel64{16383, 32767, 32767, 32767}));
-  EXPECT_EQ(narrowed(Convert128to64Fast, Pixel128{-1e30f, -kInf, 1.0f, 0.0f}), (Pixel64{0, 0, 32767, 0}));
+  EXPECT_EQ(narrowed(Convert128to64Fast, Pixel128{0.5f, 65538.0f, 65539.0f, 1e30f}), (Pixel64{16383, 32767, 0, 0}));
+  EXPECT_EQ(narrowed(Convert128to64Fast, Pixel128{-1e30f, -kInf, kInf, 0.0f}), (Pixel64{0, 0, 0, 0}));
   // To 8 bits through Q8: above 254 is 255, below 1 is 0, ties to even in
   // between. 254/255 as a float is a hair above 254/255, so it saturates.
   EXPECT_EQ(narrowed(Convert128to32Fast, Pixel128{0.9970f, 0.003f, 0.5f, 2.0f}), (Pixel32{255, 0, 128, 255}));
