@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -28,12 +27,9 @@ struct Case {
 std::vector<Case> loadCases() {
   std::vector<Case> cases;
   std::ifstream in(std::string(EFFECTS_TEST_DATA_DIR) + "/rgbe/cases.txt");
-  std::string line;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#') continue;
-    std::istringstream s(line);
-    Case c;
-    s >> c.name >> c.width >> c.height >> c.headerResult >> c.message >> c.reader >> c.filled;
+  std::string comment;
+  std::getline(in, comment);
+  for (Case c; in >> c.name >> c.width >> c.height >> c.headerResult >> c.message >> c.reader >> c.filled;) {
     for (char& ch : c.message) if (ch == '_') ch = ' ';
     cases.push_back(c);
   }

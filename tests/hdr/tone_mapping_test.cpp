@@ -65,23 +65,19 @@ TEST(ToneMapping, ArgumentsArriveUnchangedAndThePluginIsReleased) {
   EXPECT_FALSE(isLoaded(path));
 }
 
-TEST(ToneMapping, MissingEntryPointReportsAndLeavesThePluginLoaded) {
+TEST(ToneMapping, MissingPluginOrEntryPointReports) {
   const std::string path = pluginPath("tm_options_only");
   ASSERT_FALSE(isLoaded(path));
   intptr_t record[2] = {};
   const intptr_t rec = reinterpret_cast<intptr_t>(record);
   EXPECT_EQ(printed([&] { EXPECT_EQ(CallToneMapping(path.c_str(), rec, 1, 2, 3, 4), 1); }), kMessage);
   EXPECT_EQ(record[0], 0);
+  // A plug-in found without its entry point is not released.
   EXPECT_TRUE(isLoaded(path));
-}
 
-TEST(ToneMapping, MissingLibraryReports) {
-  const std::string path = pluginPath("no_such_plugin");
-  EXPECT_EQ(printed([&] {
-              EXPECT_EQ(CallToneMapping(path.c_str(), 0, 0, 0, 0, 0), 1);
-              EXPECT_EQ(CallToneMappingOptions(path.c_str(), 0), 1);
-            }),
-            kMessage + kMessage);
+  const std::string missing = pluginPath("no_such_plugin");
+  EXPECT_EQ(printed([&] { EXPECT_EQ(CallToneMapping(missing.c_str(), 0, 0, 0, 0, 0), 1); }), kMessage);
+  EXPECT_EQ(printed([&] { EXPECT_EQ(CallToneMappingOptions(missing.c_str(), 0), 1); }), kMessage);
 }
 
 }  // namespace
