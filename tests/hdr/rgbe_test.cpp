@@ -63,14 +63,13 @@ TEST(RgbeEncode, FileEncoderTruncatesMemoryEncoderRoundsAndWraps) {
   }
 }
 
-TEST(RgbeEncode, EightBitSourceScalesInDoubleThenSingle) {
+TEST(RgbeEncode, EightBitSourceIsScaledToOne) {
   const std::vector<Pixel32> px{{255, 255, 255, 0}, {0, 0, 128, 255}, {1, 2, 3, 4}, {9, 9, 9, 9}};
   Q out(16, 0xAB);
   EXPECT_EQ(Convert32toRGBE(9, px.data(), out.data()), 9);
-  // 255/255 in double is a hair below 1, but handed over as 1.0f: white is
-  // 128, not a wrapped 0. 128/255 x 256 = 128.502 rounds to 129.
-  // 3/255 = 0.753 x 2^-6: 3/255 x 2^14 = 192.75 rounds to 193.
-  // A count of 9 covers three pixels; the fourth stays as it was.
+  // 255 becomes exactly 1: white is 128, not a wrapped 0. 128/255 x 256 =
+  // 128.502 rounds to 129. 3/255 = 0.753 x 2^-6: 3/255 x 2^14 = 192.75
+  // rounds to 193. A count of 9 covers three pixels; the fourth stays.
   EXPECT_EQ(out, (Q{128, 128, 128, 129, 129, 0, 0, 128, 193, 129, 64, 122, 0xAB, 0xAB, 0xAB, 0xAB}));
   EXPECT_EQ(Convert32toRGBE(0, px.data(), out.data()), 0);
   EXPECT_EQ(Convert128toRGBE(-4, nullptr, nullptr), -4);
@@ -135,13 +134,12 @@ TEST(RgbeScanlines, SizesBelowOneReadNothing) {
 
 TEST(RgbeWrite, EightAndSixteenBitPicturesGoThroughTheScratch) {
   const std::string path = scratchPath("small.hdr");
-  const std::vector<Pixel32> px8{{0, 0, 255, 9}, {255, 255, 255, 0}};
+  const std::vector<Pixel32> px8{{0, 0, 255, 9}, {3, 255, 255, 0}};
   std::vector<float> scratch(6, sentinel());
   EXPECT_EQ(RGBE_WriteHeader_32(path.c_str(), 2, 1, px8.data(), scratch.data()), 0);
-  // 255 x 0.003921569f is a hair above 1: still 128 with exponent 129.
-  const float one = 255 * 0.003921569f;
-  EXPECT_EQ(scratch, (std::vector<float>{one, 0, 0, one, one, one}));
-  EXPECT_EQ(fileBytes(path), writtenFile("-Y 1 +X 2\n", {128, 0, 0, 129, 128, 128, 128, 129}));
+  // The single-precision 1/255 makes 3 a little more than 3/255 would.
+  EXPECT_EQ(scratch, (std::vector<float>{1, 0, 0, 1, 1, 3 * 0.003921569f}));
+  EXPECT_EQ(fileBytes(path), writtenFile("-Y 1 +X 2\n", {128, 0, 0, 129, 128, 128, 1, 129}));
   // 16-bit values are read as signed: 40000 is negative, so its pixel is
   // black. The second file replaces the first.
   const std::vector<Pixel64> px16{{0, 16384, 32767, 1}, {0, 0, 40000, 0}};
