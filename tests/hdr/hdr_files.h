@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -27,26 +26,12 @@ inline std::vector<uint8_t> fileBytes(const std::string& path) {
   return out;
 }
 
-inline void writeBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
-  std::FILE* f = std::fopen(path.c_str(), "wb");
-  std::fwrite(bytes.data(), 1, bytes.size(), f);
-  std::fclose(f);
-}
-
 inline std::vector<uint8_t> bytesOf(const std::string& s) { return {s.begin(), s.end()}; }
 
-// A quiet NaN with a payload no decoder produces.
-inline float sentinel() {
-  const uint32_t bits = 0x7fc0beefu;
-  float f;
-  std::memcpy(&f, &bits, 4);
-  return f;
-}
-inline bool isSentinel(float f) {
-  uint32_t bits;
-  std::memcpy(&bits, &f, 4);
-  return bits == 0x7fc0beefu;
-}
+// Marks buffer elements a reader must not have written: the decoder never
+// gives a negative value.
+inline float sentinel() { return -1.0f; }
+inline bool isSentinel(float f) { return f == -1.0f; }
 
 // What the file decoder gives for one RGBE quadruple.
 inline void expectedDecode(const uint8_t q[4], float out[3]) {

@@ -114,6 +114,13 @@ case("x_before_y.hdr", b"#?RADIANCE\n" + FORMAT + b"\n+X 16 -Y 3\n" + rle(W, H),
      "missing image size specifier")
 case("tight_size_line.hdr", b"#?RADIANCE\n" + FORMAT + b"\n-Y3+X16\n" + rle(W, H), W, H, 0, reader=0,
      filled=W * H)
+# The size line scans like "-Y %d +X %d": a blank matches any run of white
+# space, numbers may carry a sign and anything after the width is ignored;
+# the literal "-Y" must come first.
+case("loose_size_line.hdr", b"#?RADIANCE\n" + FORMAT + b"\n-Y  -4\t+X +17 trailing\n" + rle(W, H), W, H, 0,
+     reader=0, filled=W * H)
+case("blank_before_size.hdr", b"#?RADIANCE\n" + FORMAT + b"\n -Y 3 +X 16\n" + rle(W, H), W, H, -1,
+     "missing image size specifier")
 case("nul_line_ends_header.hdr", b"#?RADIANCE\n" + FORMAT + b"\0junk\n-Y 3 +X 16\n" + rle(W, H), W, H, 0,
      reader=0, filled=W * H)
 # Lines are read 127 characters at a time: a 126-character comment and its
