@@ -17,7 +17,12 @@ void* findSymbol(LibraryHandle library, const char* name) {
 }
 void closeLibrary(LibraryHandle library) { FreeLibrary(static_cast<HMODULE>(library)); }
 #else
-LibraryHandle openLibrary(const char* fileName) { return dlopen(fileName, RTLD_NOW | RTLD_LOCAL); }
+// dlopen of a null or empty name hands back the host program itself, where
+// LoadLibraryA fails; a plug-in path that names nothing must fail here too.
+LibraryHandle openLibrary(const char* fileName) {
+  if (fileName == nullptr || *fileName == '\0') return nullptr;
+  return dlopen(fileName, RTLD_NOW | RTLD_LOCAL);
+}
 void* findSymbol(LibraryHandle library, const char* name) { return dlsym(library, name); }
 void closeLibrary(LibraryHandle library) { dlclose(library); }
 #endif
