@@ -14,12 +14,17 @@ namespace {
 using colour::dispatch;
 using colour::PackedColour;
 
-template <class L>
-inline constexpr bool is32 = std::is_same_v<L, Layout32>;
-template <class L>
-inline constexpr bool is64 = std::is_same_v<L, Layout64>;
-
 // ---------------------------------------------------------------- saturation
+
+// The lowest setting of the integer layouts: every colour element becomes the
+// pixel's integer average.
+template <class P>
+void greyToAverage(int32_t n, P* px) {
+  forEachPixel(n, px, [](P& p) {
+    const auto avg = static_cast<decltype(p.blue)>((p.blue + p.green + p.red) / 3);
+    p.blue = p.green = p.red = avg;
+  });
+}
 
 // 8 bits: s = amount + 255 in 0..767; each element moves away from (or
 // toward) the pixel's integer average. The weights sum to 255 but the result
@@ -27,13 +32,7 @@ inline constexpr bool is64 = std::is_same_v<L, Layout64>;
 void saturation32(int32_t n, Pixel32* px, int32_t amount) {
   const int32_t s = clampTo(amount, -255, 512) + 255;
   if (n < 1 || s == 255) return;
-  if (s == 0) {
-    forEachPixel(n, px, [](Pixel32& p) {
-      const auto avg = static_cast<uint8_t>((p.blue + p.green + p.red) / 3);
-      p.blue = p.green = p.red = avg;
-    });
-    return;
-  }
+  if (s == 0) return greyToAverage(n, px);
   const int32_t keep = 255 - s;
   forEachPixel(n, px, [s, keep](Pixel32& p) {
     const int32_t avg = (p.blue + p.green + p.red) / 3;
@@ -51,13 +50,7 @@ void saturation32(int32_t n, Pixel32* px, int32_t amount) {
 void saturation64(int32_t n, Pixel64* px, int32_t amount) {
   const int32_t s = clampTo(amount, -32767, 65534) + 32767;
   if (s == 32767 || n < 1) return;
-  if (s == 0) {
-    forEachPixel(n, px, [](Pixel64& p) {
-      const auto avg = static_cast<uint16_t>((p.blue + p.green + p.red) / 3);
-      p.blue = p.green = p.red = avg;
-    });
-    return;
-  }
+  if (s == 0) return greyToAverage(n, px);
   const int32_t keep = 32767 - s;
   forEachPixel(n, px, [s, keep](Pixel64& p) {
     const int32_t avg = (p.blue + p.green + p.red) / 3;
