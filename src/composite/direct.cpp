@@ -67,16 +67,12 @@ inline float regional(float d, float s, float m) { return d + (s - d) * m; }
 
 template <class L>
 void drawRegional(int32_t elementCount, const typename L::Pixel* src, typename L::Pixel* dst) {
-  if (elementCount < 1) return;
-  const uint32_t n = pixelsFor(elementCount);
-  for (uint32_t i = 0; i < n; ++i) {
-    const auto& s = src[i];
-    if (s.mask == 0) continue;
-    auto& d = dst[i];
+  forEachPixelPair(elementCount, src, dst, [](const typename L::Pixel& s, typename L::Pixel& d) {
+    if (s.mask == 0) return;
     d.blue = regional(d.blue, s.blue, s.mask);
     d.green = regional(d.green, s.green, s.mask);
     d.red = regional(d.red, s.red, s.mask);
-  }
+  });
 }
 
 // The canvas mask c moves toward the region mask m: round(m x k x (m - c) + c)

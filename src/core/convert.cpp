@@ -15,15 +15,6 @@
 namespace effects {
 namespace {
 
-// Converts every element of ((n - 1) >> 2) + 1 pixels from one buffer into the
-// other; nothing happens for a count below 1.
-template <class Dst, class Src, class F>
-inline void convertPixels(int32_t elementCount, Dst* dst, const Src* src, F&& f) {
-  if (elementCount < 1) return;
-  const uint32_t n = pixelsFor(elementCount);
-  for (uint32_t i = 0; i < n; ++i) f(dst[i], src[i]);
-}
-
 // 16 -> 8 bit keeps the top eight of the fifteen bits. A value above 32767
 // (outside the layout) keeps the low byte of its shift.
 inline uint8_t narrow16to8(uint16_t x) { return static_cast<uint8_t>(x >> 7); }
@@ -70,22 +61,18 @@ inline uint16_t importBlue48(uint16_t word) {
 }
 
 void lockBlackPoint(int32_t elementCount, Pixel32* dst, const Pixel128* src) {
-  if (elementCount < 1) return;
-  const uint32_t n = pixelsFor(elementCount);
   // The darkest colour value, but never above 0: a buffer without negative
   // values converts exactly as the plain conversion does. The mask is not
   // looked at, and a NaN never wins the comparison.
   float black = 0.0f;
-  for (uint32_t i = 0; i < n; ++i) {
-    const Pixel128& p = src[i];
+  forEachPixel(elementCount, src, [&black](const Pixel128& p) {
     if (p.blue < black) black = p.blue;
     if (p.green < black) black = p.green;
     if (p.red < black) black = p.red;
-  }
-  for (uint32_t i = 0; i < n; ++i) {
-    const Pixel128& p = src[i];
-    dst[i] = Pixel32{Q8(p.blue - black), Q8(p.green - black), Q8(p.red - black), Q8(p.mask)};
-  }
+  });
+  forEachPixelPair(elementCount, dst, src, [black](Pixel32& d, const Pixel128& p) {
+    d = Pixel32{Q8(p.blue - black), Q8(p.green - black), Q8(p.red - black), Q8(p.mask)};
+  });
 }
 
 // RGBE pixels (red, green, blue mantissa, shared exponent) into float pixels
@@ -117,49 +104,49 @@ using namespace effects;
 extern "C" {
 
 EFFECTS_API int32_t EFFECTS_CALL Convert64to32Fast(int32_t n, Pixel32* dst, const Pixel64* src) {
-  convertPixels(n, dst, src, [](Pixel32& d, const Pixel64& s) {
+  forEachPixelPair(n, dst, src, [](Pixel32& d, const Pixel64& s) {
     d = Pixel32{narrow16to8(s.blue), narrow16to8(s.green), narrow16to8(s.red), narrow16to8(s.mask)};
   });
   return n;
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert64to32Screen(int32_t n, Pixel32* dst, const Pixel64* src) {
-  convertPixels(n, dst, src, [](Pixel32& d, const Pixel64& s) {
+  forEachPixelPair(n, dst, src, [](Pixel32& d, const Pixel64& s) {
     d = Pixel32{narrow16to8(s.blue), narrow16to8(s.green), narrow16to8(s.red), 255};
   });
   return 0;
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert32to64Fast(int32_t n, const Pixel32* src, Pixel64* dst) {
-  convertPixels(n, dst, src, [](Pixel64& d, const Pixel32& s) {
+  forEachPixelPair(n, dst, src, [](Pixel64& d, const Pixel32& s) {
     d = Pixel64{widen8to16(s.blue), widen8to16(s.green), widen8to16(s.red), widen8to16(s.mask)};
   });
   return n;
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert32to128Fast(int32_t n, const Pixel32* src, Pixel128* dst) {
-  convertPixels(n, dst, src, [](Pixel128& d, const Pixel32& s) {
+  forEachPixelPair(n, dst, src, [](Pixel128& d, const Pixel32& s) {
     d = Pixel128{widen8toFloat(s.blue), widen8toFloat(s.green), widen8toFloat(s.red), widen8toFloat(s.mask)};
   });
   return n;
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert64to128Fast(int32_t n, const Pixel64* src, Pixel128* dst) {
-  convertPixels(n, dst, src, [](Pixel128& d, const Pixel64& s) {
+  forEachPixelPair(n, dst, src, [](Pixel128& d, const Pixel64& s) {
     d = Pixel128{widen16toFloat(s.blue), widen16toFloat(s.green), widen16toFloat(s.red), widen16toFloat(s.mask)};
   });
   return n;
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert128to64Fast(int32_t n, Pixel64* dst, const Pixel128* src) {
-  convertPixels(n, dst, src, [](Pixel64& d, const Pixel128& s) {
+  forEachPixelPair(n, dst, src, [](Pixel64& d, const Pixel128& s) {
     d = Pixel64{narrowFloatTo16(s.blue), narrowFloatTo16(s.green), narrowFloatTo16(s.red), narrowFloatTo16(s.mask)};
   });
   return n;
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert128to32Fast(int32_t n, Pixel32* dst, const Pixel128* src) {
-  convertPixels(n, dst, src, [](Pixel32& d, const Pixel128& s) {
+  forEachPixelPair(n, dst, src, [](Pixel32& d, const Pixel128& s) {
     d = Pixel32{Q8(s.blue), Q8(s.green), Q8(s.red), Q8(s.mask)};
   });
   return n;

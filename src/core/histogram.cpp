@@ -66,20 +66,13 @@ struct NoStatistics {
   void flush() const {}
 };
 
-template <class P, class Measure>
-void walk(int32_t elementCount, const P* px, Measure&& measure) {
-  if (elementCount < 1) return;
-  const uint32_t n = pixelsFor(elementCount);
-  for (uint32_t i = 0; i < n; ++i) measure(px[i]);
-}
-
 // Luminance histograms. 8 bit: the bytes on their own 0..255 scale. 16 bit:
 // the elements read as signed, brought onto 0..255 by 1/128. Float: 1.0 is
 // bin 255's white. The 8- and 16-bit forms feed the bin number into the
 // statistics; the float form deliberately computes none.
 template <class L, class S>
 void luminanceHistogram(int32_t elementCount, const typename L::Pixel* px, float* histogram, S& stats) {
-  walk(elementCount, px, [&](const typename L::Pixel& p) {
+  forEachPixel(elementCount, px, [&](const typename L::Pixel& p) {
     double y;
     if constexpr (std::is_same_v<L, Layout32>) {
       y = luminance<double>(p.red, p.green, p.blue);
@@ -113,7 +106,7 @@ template <class L>
 void channelHistogram(int32_t elementCount, const typename L::Pixel* px, float* histogram,
                       Statistics& stats, uint8_t channelOffset) {
   const auto member = elementMember<typename L::Pixel>(channelOffset);
-  walk(elementCount, px, [&](const typename L::Pixel& p) {
+  forEachPixel(elementCount, px, [&](const typename L::Pixel& p) {
     const auto x = p.*member;
     if constexpr (std::is_same_v<L, Layout128>) {
       const float v = x > 1e-8 ? x : static_cast<float>(1e-8);
@@ -133,7 +126,7 @@ void channelHistogram(int32_t elementCount, const typename L::Pixel* px, float* 
 // so its minimum and non-zero minimum agree.
 template <class L>
 void dynamicRange(int32_t elementCount, const typename L::Pixel* px, Statistics& stats) {
-  walk(elementCount, px, [&](const typename L::Pixel& p) {
+  forEachPixel(elementCount, px, [&](const typename L::Pixel& p) {
     const double y = luminance<double>(p.red, p.green, p.blue);
     if constexpr (std::is_same_v<L, Layout128>) {
       stats.add(y > 1e-8 ? y : 1e-8);

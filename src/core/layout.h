@@ -89,6 +89,25 @@ inline constexpr bool is64 = std::is_same_v<L, Layout64>;
 template <class L>
 inline constexpr bool is128 = std::is_same_v<L, Layout128>;
 
+// Visits pixel i of two buffers together (a source and a destination of
+// possibly different layouts, or a picture and its encoded form), for the
+// pixels of an ElementCount; nothing happens for a count below 1.
+template <class A, class B, class F>
+inline void forEachPixelPair(int32_t elementCount, A* a, B* b, F&& f) {
+  if (elementCount < 1) return;
+  const uint32_t n = pixelsFor(elementCount);
+  for (uint32_t i = 0; i < n; ++i) f(a[i], b[i]);
+}
+
+// Visits each pixel's index for an ElementCount (for buffers whose pixels are
+// not pixel structures, such as RGBE quadruples).
+template <class F>
+inline void forEachPixelIndex(int32_t elementCount, F&& f) {
+  if (elementCount < 1) return;
+  const uint32_t n = pixelsFor(elementCount);
+  for (uint32_t i = 0; i < n; ++i) f(i);
+}
+
 // Whether a ChannelSelector touches red, green, blue.
 struct Channels {
   bool red, green, blue;

@@ -10,8 +10,8 @@ namespace {
 // One picture element as the float the file encoder takes: 8-bit values
 // times 1/255 in single precision, 16-bit values read as signed and times
 // 1/32767 in double (stored as float), floats as they are.
-inline float scratchValue(uint8_t v) { return v * 0.003921569f; }
-inline float scratchValue(uint16_t v) { return static_cast<float>(static_cast<int16_t>(v) * 3.051850947599719e-5); }
+inline float scratchValue(uint8_t v) { return v * k255f; }
+inline float scratchValue(uint16_t v) { return static_cast<float>(static_cast<int16_t>(v) * k32767); }
 inline float scratchValue(float v) { return v; }
 
 template <class L>
@@ -56,18 +56,15 @@ void writeFile(const char* fileName, int32_t width, int32_t height, const typena
 // becomes exactly 1.0f.
 template <class L>
 void toRgbe(int32_t elementCount, const typename L::Pixel* pixels, uint8_t* rgbe) {
-  if (elementCount < 1) return;
-  const uint32_t n = pixelsFor(elementCount);
-  for (uint32_t i = 0; i < n; ++i) {
+  forEachPixelIndex(elementCount, [pixels, rgbe](uint32_t i) {
     const auto& p = pixels[i];
-    if constexpr (std::is_same_v<L, Layout32>) {
-      rgbe::encodeRounding(static_cast<float>(p.red * 0.00392156862745098),
-                           static_cast<float>(p.green * 0.00392156862745098),
-                           static_cast<float>(p.blue * 0.00392156862745098), rgbe + 4 * i);
+    if constexpr (is32<L>) {
+      rgbe::encodeRounding(static_cast<float>(p.red * k255), static_cast<float>(p.green * k255),
+                           static_cast<float>(p.blue * k255), rgbe + 4 * i);
     } else {
       rgbe::encodeRounding(p.red, p.green, p.blue, rgbe + 4 * i);
     }
-  }
+  });
 }
 
 }  // namespace
