@@ -63,5 +63,8 @@ EFFECTS_EXTERN_C_END
 #include "effects/composite.h"
 #include "effects/tonal.h"
 #include "effects/colour.h"
+#include "effects/filters.h"
+#include "effects/stylize.h"
+#include "effects/geometry.h"
 
 #endif
