@@ -4,9 +4,10 @@
 // fails here with the export's name and the line of the table.
 //
 // tests/data/checksums.txt holds the rows: "<call> : <hash>" (see
-// support/export_call.h for the call's text). To record hashes after an
-// intended change, run with EFFECTS_RECORD_CHECKSUMS=<path>: the table is
-// written there with every hash recomputed.
+// support/export_call.h for the call's text), tests/data/sweeps.txt the
+// exhaustive ones. To record hashes after an intended change, run with
+// EFFECTS_RECORD_CHECKSUMS=<path> (or EFFECTS_RECORD_SWEEPS=<path>): the table
+// is written there with every hash recomputed.
 #include <gtest/gtest.h>
 
 #include <cinttypes>
@@ -27,8 +28,8 @@ struct Row {
   std::string hash;  // 16 hex digits, or "?" when not recorded yet
 };
 
-std::vector<std::string> tableLines() {
-  std::ifstream in(dataPath("checksums.txt"));
+std::vector<std::string> tableLines(const char* file = "checksums.txt") {
+  std::ifstream in(dataPath(file));
   std::vector<std::string> lines;
   for (std::string s; std::getline(in, s);) lines.push_back(s);
   return lines;
@@ -62,10 +63,10 @@ std::string hashOf(const std::string& call, std::string* error) {
 
 bool isRow(const std::string& s) { return !s.empty() && s[0] != '#'; }
 
-TEST(Checksums, EveryRowGivesItsRecordedHash) {
-  const auto lines = tableLines();
-  ASSERT_FALSE(lines.empty()) << "no table at " << dataPath("checksums.txt");
-  const char* record = std::getenv("EFFECTS_RECORD_CHECKSUMS");
+void expectRecordedHashes(const char* file, const char* recordVariable) {
+  const auto lines = tableLines(file);
+  ASSERT_FALSE(lines.empty()) << "no table at " << dataPath(file);
+  const char* record = std::getenv(recordVariable);
   std::ofstream out;
   if (record) out.open(record);
   for (size_t i = 0; i < lines.size(); ++i) {
@@ -84,6 +85,14 @@ TEST(Checksums, EveryRowGivesItsRecordedHash) {
     }
   }
 }
+
+TEST(Checksums, EveryRowGivesItsRecordedHash) { expectRecordedHashes("checksums.txt", "EFFECTS_RECORD_CHECKSUMS"); }
+
+// Exhaustive 8-bit sweeps (fill=sweep) where a family's domain fits in 2^24
+// inputs: every colour triple through the colour adjustments, every
+// (target, source, mask) triple through the 8-bit blend modes. Slow without
+// optimisation, so the sanitizer run leaves them out.
+TEST(Sweeps, EveryRowGivesItsRecordedHash) { expectRecordedHashes("sweeps.txt", "EFFECTS_RECORD_SWEEPS"); }
 
 TEST(Checksums, EveryExportHasARow) {
   std::set<std::string> covered;

@@ -1,7 +1,6 @@
 // Tonal adjustments that look at more than one element: the sine curve, the
 // levels (input points, gamma, curve, output points), the equalizer that
 // keeps each pixel's dominant colour, and the whole-factor dodge.
-#include <algorithm>
 #include <cmath>
 
 #include "adjust/tonal.h"
@@ -48,10 +47,7 @@ void adjustSine(uint32_t width, uint32_t height, typename L::Pixel* px, float am
   using E = typename L::Element;
   if (amount == 0.0f) return;
   const Channels ch = Channels::of(channel);
-  // The sizes are unsigned here: a width or height above INT32_MAX is no
-  // picture that can exist, and is empty.
-  const auto pic = packedPicture(static_cast<int32_t>(std::min<uint32_t>(width, INT32_MAX)),
-                                 static_cast<int32_t>(std::min<uint32_t>(height, INT32_MAX)), px);
+  const auto pic = packedPicture(unsignedSize(width), unsignedSize(height), px);
   if constexpr (!L::integer) {
     float maxBlue = 0.0f, maxGreen = 0.0f, maxRed = 0.0f;
     forEachPixel(pic, [&](const Pixel128& p) {

@@ -35,6 +35,13 @@ inline uint32_t pixelsForCount(int32_t elementCount) {
   return elementCount < 1 ? 0u : (static_cast<uint32_t>(elementCount - 1) >> 2) + 1u;
 }
 
+// A width or height passed unsigned, as a signed size: anything above
+// INT32_MAX (a negative int passed through an unsigned parameter) is no
+// picture that can exist, and becomes 0.
+inline int32_t unsignedSize(uint32_t size) {
+  return size > static_cast<uint32_t>(INT32_MAX) ? 0 : static_cast<int32_t>(size);
+}
+
 // Rule 3: width * 4 * height in 32-bit arithmetic, read as signed.
 inline int32_t wrappedElementCount(uint32_t width, uint32_t height) {
   return static_cast<int32_t>(width * 4u * height);

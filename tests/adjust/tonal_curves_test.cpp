@@ -67,6 +67,18 @@ TEST(AdjustLevels, PointOrderInputGammaCurveAndOutput) {
   expectPixels(b, {{0, 10922, 100, 9}, {100, 32767, 100, 9}});
 }
 
+// 3 of a maximum of 5 onto 0..7.5: 3 x (1/5) x 7.5 is 4.500000000000001 and
+// rounds to 5 in the 8-bit levels, which multiply by the reciprocal; 3 / 5 x
+// 7.5 is the tie 4.5 and rounds to even 4 in the 16-bit levels, which divide.
+TEST(AdjustLevels, ReciprocalIn8BitsDivisionIn16Bits) {
+  V32 a{{5, 0, 0, 9}, {3, 0, 0, 9}};
+  VexoAdjustLevels32(8, a.data(), 255, 0, 255, 0, 255, 0, 1.0f, 0.0f, 0, 0, 0, 0, 7.5f, 0, 4);
+  EXPECT_EQ(a[1].blue, 5);
+  V64 b{{5, 0, 0, 9}, {3, 0, 0, 9}};
+  VexoAdjustLevels64(8, b.data(), 32767, 0, 32767, 0, 32767, 0, 1.0f, 0.0f, 0, 0, 0, 0, 7.5f, 0, 4);
+  EXPECT_EQ(b[1].blue, 4);
+}
+
 // Float: input points on the 0..1 scale (255 cuts HDR values to 1.0), a sine
 // curve relative to each maximum, output points scaled by max(1, maximum):
 // a channel within 0..1 maps its maximum to the high point, one above 1.0

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "composite/blend.h"
 #include "effects/effects.h"
 #include "support/pictures.h"
 
@@ -113,4 +114,26 @@ TEST(Blending, AveragesPerByteAndInDouble) {
   EXPECT_EQ(static_cast<uint32_t>(Blending(0x01030507u, 0x01010101u)), 0x00010203u);  // rounded down, no carries
   EXPECT_EQ(Blending128(0.1f, 0.2f), (static_cast<double>(0.1f) + static_cast<double>(0.2f)) * 0.5);
   EXPECT_EQ(Blending128(3.0e38f, 3.0e38f), static_cast<double>(3.0e38f));  // no float overflow
+}
+
+// The mode arithmetic takes any colour types: a 24-bit device-context row
+// pixel blended toward a constant colour gives what the same pixels give in
+// the 8-bit layout, in every mode.
+TEST(Blend8, AnyTargetAndSourceColourTypes) {
+  struct Colour { uint8_t blue, green, red; };
+  const auto pattern = pattern32(64, 7);
+  for (int32_t mode = 0; mode < 17; ++mode) {
+    effects::blend::withMode(mode, [&](auto m) {
+      for (size_t i = 0; i + 1 < pattern.size(); ++i) {
+        const Pixel32 s = pattern[i + 1];
+        Pixel32 d = pattern[i];
+        effects::Pixel24 row{d.blue, d.green, d.red};
+        const Colour colour{s.blue, s.green, s.red};
+        const effects::blend::Weight<effects::Layout32> w(73);
+        effects::blend::blendColour<effects::Layout32, decltype(m)::value>(d, s, w.of(s.mask));
+        effects::blend::blendColour<effects::Layout32, decltype(m)::value>(row, colour, w.of(s.mask));
+        ASSERT_TRUE(row.blue == d.blue && row.green == d.green && row.red == d.red) << "mode " << mode;
+      }
+    });
+  }
 }

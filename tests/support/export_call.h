@@ -18,6 +18,12 @@
 // buffer's element count. `fill=wide` fills 16-bit buffers over the whole
 // 16-bit range and float buffers with extreme and special values as well;
 // `fill=dark` keeps every element in the lowest quarter of its range.
+// `fill=sweep` makes the 8-bit pictures an exhaustive sweep: pixel i of a
+// picture holds blue i & 255, green (i >> 8) & 255, red (i >> 16) & 255 and
+// mask i & 255, and of the picture called `source` blue (i >> 8) & 255,
+// green (i >> 16) & 255, red i & 255 and mask (i >> 16) & 255; so over 2^24
+// pixels every colour triple occurs, and every (target, source, mask) triple
+// meets in the blue elements.
 #pragma once
 
 #include <cmath>
@@ -35,6 +41,7 @@
 
 #include "effects/effects.h"
 #include "platform/test_surface.h"
+#include "support/guarded.h"
 #include "export_table.h"
 
 namespace effects::test {
@@ -108,11 +115,14 @@ class Filler {
   Kind kind_;
 };
 
-// A buffer owned by a call, with its element type for filling.
+// A buffer owned by a call, with its element type for filling. Its memory
+// ends where the buffer ends, followed by a page that faults on any access.
 struct Buffer {
   std::string name;
   Type element;  // U8, U16, F32, I32 or a pixel pointer type
-  std::vector<uint8_t> bytes;
+  GuardedBytes memory;
+  uint8_t* data() const { return memory.data(); }
+  size_t size() const { return memory.size(); }
 };
 
 inline size_t elementBytes(Type t) {
@@ -127,8 +137,8 @@ inline size_t elementBytes(Type t) {
 }
 
 inline void fill(Buffer& b, Filler& f) {
-  auto* p = b.bytes.data();
-  const size_t n = b.bytes.size();
+  auto* p = b.data();
+  const size_t n = b.size();
   switch (b.element) {
     case Type::Pixel32Ptr: case Type::U8Ptr: case Type::U8: case Type::I32:
       for (size_t i = 0; i < n; ++i) p[i] = f.byte();
@@ -170,7 +180,9 @@ class PreparedCall {
  public:
   PreparedCall(const Export& e, const CallText& text) : export_(e), text_(text) {
     const std::string kind = text.has("fill") ? text.at("fill") : "default";
-    if (kind != "default" && kind != "wide" && kind != "dark") throw std::runtime_error("unknown fill " + kind);
+    if (kind != "default" && kind != "wide" && kind != "dark" && kind != "sweep")
+      throw std::runtime_error("unknown fill " + kind);
+    sweep_ = kind == "sweep";
     Filler filler(text.has("seed") ? static_cast<uint32_t>(std::stoul(text.at("seed"))) : 1u,
                   kind == "wide" ? Filler::Wide : kind == "dark" ? Filler::Dark : Filler::Default);
     const int n = e.paramCount();
@@ -201,7 +213,7 @@ class PreparedCall {
     mix(&r.kind, 1);
     if (r.kind == Result::Integer) mix(&r.i, 8);
     if (r.kind == Result::Real) mix(&r.d, 8);
-    for (const auto& b : buffers_) mix(b->bytes.data(), b->bytes.size());
+    for (const auto& b : buffers_) mix(b->data(), b->size());
     for (const auto& f : outputs_) { const auto bytes = readFile(f); mix(bytes.data(), bytes.size()); }
     for (const auto& s : surfaces_) {
       for (int32_t y = 0; y < s.height; ++y)
@@ -210,11 +222,8 @@ class PreparedCall {
     return h;
   }
 
-  Buffer* buffer(const std::string& name) {
-    for (auto& b : buffers_)
-      if (b->name == name) return b.get();
-    return nullptr;
-  }
+  const std::vector<std::unique_ptr<Buffer>>& buffers() const { return buffers_; }
+  const Export& target() const { return export_; }
 
  private:
   int64_t integer(const std::string& name) const {
@@ -242,10 +251,21 @@ class PreparedCall {
     auto b = std::make_unique<Buffer>();
     b->name = name;
     b->element = element;
-    b->bytes.resize(std::max<size_t>(count, 1) * elementBytes(element));
-    fill(*b, f);
+    b->memory = GuardedBytes(std::max<size_t>(count, 1) * elementBytes(element));
+    if (sweep_ && element == Type::Pixel32Ptr) sweepFill(*b);
+    else fill(*b, f);
     buffers_.push_back(std::move(b));
     return *buffers_.back();
+  }
+
+  static void sweepFill(Buffer& b) {
+    const bool source = b.name == "source";
+    auto* px = reinterpret_cast<Pixel32*>(b.data());
+    const uint32_t n = static_cast<uint32_t>(b.size() / sizeof(Pixel32));
+    for (uint32_t i = 0; i < n; ++i) {
+      const auto lo = static_cast<uint8_t>(i), mid = static_cast<uint8_t>(i >> 8), hi = static_cast<uint8_t>(i >> 16);
+      px[i] = source ? Pixel32{mid, hi, lo, hi} : Pixel32{lo, mid, hi, lo};
+    }
   }
 
   static Type typeNamed(const std::string& t) {
@@ -263,13 +283,13 @@ class PreparedCall {
     if (value.rfind("@buf:", 0) == 0) {
       const auto colon = value.find(':', 5);
       Buffer& b = newBuffer(name, typeNamed(value.substr(5, colon - 5)), std::stoul(value.substr(colon + 1)), f);
-      a.p = b.bytes.data();
+      a.p = b.data();
       a.i = static_cast<int64_t>(reinterpret_cast<intptr_t>(a.p));
       return;
     }
     switch (p.type) {
       case Type::Pixel32Ptr: case Type::Pixel64Ptr: case Type::Pixel128Ptr:
-        a.p = newBuffer(name, p.type, pixelsOf(name), f).bytes.data();
+        a.p = newBuffer(name, p.type, pixelsOf(name), f).data();
         return;
       case Type::U8Ptr: case Type::U16Ptr: case Type::F32Ptr: {
         size_t fixed;
@@ -277,7 +297,7 @@ class PreparedCall {
         size_t count = fixed;
         if (text_.has(name + ".count")) count = std::stoul(text_.at(name + ".count"));
         else if (per) count = per * pixelsOf(name);
-        a.p = newBuffer(name, p.type, count, f).bytes.data();
+        a.p = newBuffer(name, p.type, count, f).data();
         return;
       }
       case Type::Text: {
@@ -300,15 +320,17 @@ class PreparedCall {
       }
       case Type::StreamPtr: {
         if (value.rfind("@data:", 0) != 0) throw std::runtime_error("stream wants @data:file");
+        const auto file = readFile(dataPath(value.substr(6)));
         auto b = std::make_unique<Buffer>();
         b->name = name;
         b->element = Type::U8;
-        b->bytes = readFile(dataPath(value.substr(6)));
+        b->memory = GuardedBytes(file.size());
+        std::memcpy(b->data(), file.data(), file.size());
         // The reader starts after the header's size line.
-        const std::string bytes(b->bytes.begin(), b->bytes.end());
+        const std::string bytes(file.begin(), file.end());
         const auto size = bytes.find("\n-Y ");
         const auto eol = size == std::string::npos ? std::string::npos : bytes.find('\n', size + 1);
-        stream_ = EffectsStream{b->bytes.data(), b->bytes.size(), eol == std::string::npos ? 0 : eol + 1};
+        stream_ = EffectsStream{b->data(), b->size(), eol == std::string::npos ? 0 : eol + 1};
         streamBytes_ = std::move(b);
         a.p = &stream_;
         return;
@@ -355,6 +377,7 @@ class PreparedCall {
   std::vector<std::unique_ptr<std::string>> texts_;
   std::vector<std::string> outputs_;
   std::vector<Surface> surfaces_;
+  bool sweep_ = false;
   EffectsStream stream_{};
   std::unique_ptr<Buffer> streamBytes_;
 };
