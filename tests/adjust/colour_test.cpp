@@ -28,7 +28,7 @@ void sweep(const std::vector<Call<P>>& calls, std::vector<P> (*pattern)(size_t, 
     auto px = pattern(7, 3);
     const auto before = px;
     c.run(px.data(), true);
-    EXPECT_TRUE(sameBytes(px, before)) << c.name << " touched an empty picture";
+    EXPECT_TRUE(px == before) << c.name << " touched an empty picture";
     c.run(px.data(), false);
     for (size_t i = 0; i < 6; ++i) EXPECT_EQ(bitsOf(px[i].mask), bitsOf(before[i].mask)) << c.name << " mask " << i;
     EXPECT_EQ(std::memcmp(&px[6], &before[6], sizeof(P)), 0) << c.name << " went past the picture";
@@ -48,21 +48,21 @@ TEST(ColourFrame, MaskAndBoundsKeptByEveryExport) {
                   BY_SIZE(VexoAdjust0Colors32, 50, 60, -70), BY_COUNT(VexoCustomBacterial32, 1, 2, 3, 1),
                   BY_COUNT(VexoWebColour32), BY_COUNT(VexoGrayScale32, 1), BY_COUNT(VexoAgedPhoto32, 1),
                   BY_SIZE(VexoRedEyeRemover32, 0, 255), BY_SIZE(VexoAutoColorCorrectionLDC32)},
-                 pattern32);
+                 pattern<Pixel32>);
   sweep<Pixel64>({BY_COUNT(VexoSaturation64, 100), BY_SIZE(VexoHue64, 120), BY_COUNT(VexoColorFilter64, 5),
                   BY_COUNT(VexoRGBChannelFilter64, 3), BY_COUNT(VexoColorSwitch64, 4),
                   BY_COUNT(VexoReplaceColor64, 0, 0, 40000), BY_SIZE(VexoAdjust1Colors64, 9, -9, 9),
                   BY_SIZE(VexoAdjust0Colors64, 50, 60, -70), BY_COUNT(VexoCustomBacterial64, 1, 2, 3, 1),
                   BY_COUNT(VexoWebColour64), BY_COUNT(VexoGrayScale64, 1), BY_COUNT(VexoAgedPhoto64, 1),
                   BY_SIZE(VexoRedEyeRemover64, 0, 32767)},
-                 pattern64);
+                 pattern<Pixel64>);
   sweep<Pixel128>({BY_COUNT(VexoSaturation128, 100), BY_SIZE(VexoHue128, 120), BY_COUNT(VexoColorFilter128, 5),
                    BY_COUNT(VexoRGBChannelFilter128, 3), BY_COUNT(VexoColorSwitch128, 4),
                    BY_COUNT(VexoReplaceColor128, 0, 0, 300), BY_SIZE(VexoAdjust1Colors128, 9, -9, 9),
                    BY_SIZE(VexoAdjust0Colors128, 50, 60, -70), BY_COUNT(VexoCustomBacterial128, 1, 2, 3, 1),
                    BY_COUNT(VexoGrayScale128, 1), BY_COUNT(VexoAgedPhoto128, 1),
                    BY_SIZE(VexoRedEyeRemover128, 0, 255), BY_COUNT(VexoVariableRangeInvert128, 1)},
-                  pattern128);
+                  pattern<Pixel128>);
 }
 
 TEST(ColourExamples, EightBit) {

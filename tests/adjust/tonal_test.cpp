@@ -108,7 +108,7 @@ TEST(TonalFloat, NoClampingAndHdrValues) {
 // The size is width x 4 x height in 32-bit arithmetic: a product that wraps
 // to 4 visits one pixel, one below 1 none.
 TEST(TonalSize, WidthHeightCountIn32Bits) {
-  auto a = pattern32(3);
+  auto a = pattern<Pixel32>(3);
   const auto a0 = a;
   VexoBrightness32(0x40000001u, 1, a.data(), -255, 0);
   EXPECT_EQ(a[0].red, 0);
@@ -117,7 +117,7 @@ TEST(TonalSize, WidthHeightCountIn32Bits) {
   VexoBrightness32(0x20000000u, 1, a.data(), -255, 0);
   VexoContrast32(0, 5, a.data(), 255, 0);
   VexoAdjustLevelPrecentage32(3, 0, a.data(), 0.0f);
-  EXPECT_TRUE(sameBytes(a, a0));
+  EXPECT_TRUE(a == a0);
 }
 
 // The float gamma does not guard negative values.

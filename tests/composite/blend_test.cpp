@@ -121,12 +121,12 @@ TEST(Blending, AveragesPerByteAndInDouble) {
 // the 8-bit layout, in every mode.
 TEST(Blend8, AnyTargetAndSourceColourTypes) {
   struct Colour { uint8_t blue, green, red; };
-  const auto pattern = pattern32(64, 7);
+  const auto colours = pattern<Pixel32>(64, 7);
   for (int32_t mode = 0; mode < 17; ++mode) {
     effects::blend::withMode(mode, [&](auto m) {
-      for (size_t i = 0; i + 1 < pattern.size(); ++i) {
-        const Pixel32 s = pattern[i + 1];
-        Pixel32 d = pattern[i];
+      for (size_t i = 0; i + 1 < colours.size(); ++i) {
+        const Pixel32 s = colours[i + 1];
+        Pixel32 d = colours[i];
         effects::Pixel24 row{d.blue, d.green, d.red};
         const Colour colour{s.blue, s.green, s.red};
         const effects::blend::Weight<effects::Layout32> w(73);

@@ -42,7 +42,7 @@ void checkTransfer(F transfer, bool cut, bool flip, bool mask, std::vector<P> (*
       if (!mask) to.mask = keep;
     }
     EXPECT_EQ(transfer(p.x, p.y, p.w, p.h, region.data(), canvas.data(), kCw, kCh), 1);
-    EXPECT_TRUE(sameBytes(region, wantRegion) && sameBytes(canvas, wantCanvas))
+    EXPECT_TRUE(region == wantRegion && canvas == wantCanvas)
         << p.x << "," << p.y << " cut " << cut << " flip " << flip << " mask " << mask;
   }
 }
@@ -50,37 +50,37 @@ void checkTransfer(F transfer, bool cut, bool flip, bool mask, std::vector<P> (*
 }  // namespace
 
 TEST(BlockTransfer, CopiesEveryCoveredPixelAndOnlyThose) {
-  checkTransfer<Pixel32>(Vexo32DirectBitBltDIB, false, false, false, pattern32);
-  checkTransfer<Pixel32>(Vexo32DirectBitBltMaskDIB, false, false, true, pattern32);
-  checkTransfer<Pixel32>(Vexo32DirectBitBltFlipDIB, false, true, false, pattern32);
-  checkTransfer<Pixel32>(Vexo32DirectBitBltFlipMaskDIB, false, true, true, pattern32);
-  checkTransfer<Pixel64>(Vexo64BitBltDIB, true, false, false, pattern64);
-  checkTransfer<Pixel64>(Vexo64BitBltFlipDIB, true, true, false, pattern64);
-  checkTransfer<Pixel64>(Vexo64BitBltFlipMaskDIB, true, true, true, pattern64);
+  checkTransfer<Pixel32>(Vexo32DirectBitBltDIB, false, false, false, pattern<Pixel32>);
+  checkTransfer<Pixel32>(Vexo32DirectBitBltMaskDIB, false, false, true, pattern<Pixel32>);
+  checkTransfer<Pixel32>(Vexo32DirectBitBltFlipDIB, false, true, false, pattern<Pixel32>);
+  checkTransfer<Pixel32>(Vexo32DirectBitBltFlipMaskDIB, false, true, true, pattern<Pixel32>);
+  checkTransfer<Pixel64>(Vexo64BitBltDIB, true, false, false, pattern<Pixel64>);
+  checkTransfer<Pixel64>(Vexo64BitBltFlipDIB, true, true, false, pattern<Pixel64>);
+  checkTransfer<Pixel64>(Vexo64BitBltFlipMaskDIB, true, true, true, pattern<Pixel64>);
   // positions whose far edge overflows 32 bits still cover nothing
-  auto canvas = pattern32(kCw * kCh, 8);
+  auto canvas = pattern<Pixel32>(kCw * kCh, 8);
   const auto before = canvas;
   const std::vector<Pixel32> region(25);
   for (auto [x, y] : {std::pair{INT32_MAX - 1, 0}, {0, INT32_MAX - 1}, {INT32_MIN, 0}, {0, INT32_MIN + 2}})
     EXPECT_EQ(Vexo32DirectBitBltMaskDIB(x, y, 5, 5, region.data(), canvas.data(), kCw, kCh), 1);
-  EXPECT_TRUE(sameBytes(canvas, before));
+  EXPECT_TRUE(canvas == before);
 }
 
 TEST(BlockTransfer, FloatsTravelBitForBitAndFullWeightNormalIsAPaste) {
-  auto region = pattern128(12, 3);
+  auto region = pattern<Pixel128>(12, 3);
   region[4].red = -0.0f;
   std::vector<Pixel128> canvas(16), back(12);
   Vexo128DirectBitBltFlipMaskDIB(1, 0, 3, 4, region.data(), canvas.data(), 4, 4);
   Vexo128BitBltFlipMaskDIB(1, 0, 3, 4, back.data(), canvas.data(), 4, 4);
-  EXPECT_TRUE(sameBytes(back, region));
+  EXPECT_TRUE(back == region);
   // a full-weight mode-0 composite of an opaque region is a paste, clipped alike
   for (const auto& p : kPlacements) {
-    auto opaque = pattern128(size_t(p.w * p.h), 5);
+    auto opaque = pattern<Pixel128>(size_t(p.w * p.h), 5);
     for (auto& px : opaque) px.mask = 1.0f;
-    auto blended = pattern128(kCw * kCh, 6), pasted = blended;
+    auto blended = pattern<Pixel128>(kCw * kCh, 6), pasted = blended;
     EXPECT_EQ(Vexo128DirectDIB(p.x, p.y, p.w, p.h, opaque.data(), blended.data(), kCw, kCh, 100, 0), 1);
     Vexo128DirectBitBltDIB(p.x, p.y, p.w, p.h, opaque.data(), pasted.data(), kCw, kCh);
-    EXPECT_TRUE(sameBytes(blended, pasted)) << p.x << "," << p.y;
+    EXPECT_TRUE(blended == pasted) << p.x << "," << p.y;
   }
 }
 

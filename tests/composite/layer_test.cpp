@@ -21,24 +21,24 @@ bool sameColour(const Pixel32& a, const Pixel32& b) { return a.blue == b.blue &&
 // gives what the plain one gives with the source turned upside down.
 TEST(AdvancedDIB, AgreesWithTheCanvasCompositeInEveryMode) {
   std::vector<Pixel32> display(20);
-  const auto s8 = pattern32(20, 11);
-  const auto s16 = pattern64(20, 13);
-  const auto sF = pattern128(20, 15);
+  const auto s8 = pattern<Pixel32>(20, 11);
+  const auto s16 = pattern<Pixel64>(20, 13);
+  const auto sF = pattern<Pixel128>(20, 15);
   std::vector<Pixel32> turned(20);
   for (size_t r = 0; r < 4; ++r) std::copy_n(s8.begin() + long((3 - r) * 5), 5, turned.begin() + long(r * 5));
   for (int32_t mode = 0; mode <= 16; ++mode) {
-    auto a8 = pattern32(20, 12), b8 = a8, f8 = a8, g8 = a8;
+    auto a8 = pattern<Pixel32>(20, 12), b8 = a8, f8 = a8, g8 = a8;
     EXPECT_EQ(Vexo32AdvancedDIB(nullptr, 0, 0, 5, 4, a8.data(), s8.data(), 60, mode), 1);
     Vexo32DirectDIB(0, 0, 5, 4, s8.data(), b8.data(), 5, 4, 60, mode);
     EXPECT_EQ(Vexo32AdvancedFlipDIB(nullptr, 0, 0, 5, 4, f8.data(), s8.data(), 60, mode), 1);
     Vexo32AdvancedDIB(nullptr, 0, 0, 5, 4, g8.data(), turned.data(), 60, mode);
-    auto a16 = pattern64(20, 14), b16 = a16;
+    auto a16 = pattern<Pixel64>(20, 14), b16 = a16;
     EXPECT_EQ(Vexo64AdvancedDIB(nullptr, 0, 0, 5, 4, a16.data(), s16.data(), display.data(), 60, mode), 1);
     Vexo64DirectDIB(0, 0, 5, 4, s16.data(), b16.data(), 5, 4, 60, mode);
-    auto aF = pattern128(20, 16), bF = aF;
+    auto aF = pattern<Pixel128>(20, 16), bF = aF;
     EXPECT_EQ(Vexo128AdvancedDIB(nullptr, 0, 0, 5, 4, aF.data(), sF.data(), display.data(), 60, mode), 1);
     Vexo128DirectDIB(0, 0, 5, 4, sF.data(), bF.data(), 5, 4, 60, mode);
-    EXPECT_TRUE(sameBytes(a8, b8) && sameBytes(f8, g8) && sameBytes(a16, b16) && sameBytes(aF, bF)) << mode;
+    EXPECT_TRUE(a8 == b8 && f8 == g8 && a16 == b16 && aF == bF) << mode;
   }
 }
 
@@ -64,9 +64,9 @@ TEST(AdvancedDIB, DisplayPictures) {
 // columns 10..24; the display is bottom-up and written only where covered.
 TEST(AdvancedDirectDIB, ClipsAndWritesTheCoveredDisplayBottomUp) {
   const int32_t w = 30, h = 4, cw = 15, ch = 3;
-  auto src = pattern32(w * h, 31);
+  auto src = pattern<Pixel32>(w * h, 31);
   for (auto& p : src) p.mask = 255;  // full weight: mode 0 copies
-  auto canvas = pattern32(cw * ch, 32);
+  auto canvas = pattern<Pixel32>(cw * ch, 32);
   const Pixel32 aboveTheLayer = canvas[0];
   std::vector<Pixel32> display(w * h, kMarker);
   EXPECT_EQ(Vexo32AdvancedDirectDIB(nullptr, -10, 1, w, h, display.data(), src.data(), canvas.data(), cw, ch, 100, 0),

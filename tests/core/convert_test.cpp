@@ -74,21 +74,21 @@ TEST(ConvertWhole, BlackPointLockLiftsOnlyNegativeBuffers) {
   EXPECT_EQ(b, (std::vector<Pixel32>{{255, 0, 128, 128}, {191, 153, 191, 0}}));
   // Without negative colour values the lock is the plain conversion.
   std::vector<Pixel128> g(9);
-  Convert32to128Fast(36, pattern32(9).data(), g.data());
+  Convert32to128Fast(36, pattern<Pixel32>(9).data(), g.data());
   std::vector<Pixel32> locked(9), plain(9);
   Convert128to32Lock(36, locked.data(), g.data());
   Convert128to32Fast(36, plain.data(), g.data());
-  EXPECT_TRUE(sameBytes(locked, plain));
+  EXPECT_TRUE(locked == plain);
 }
 
 TEST(ConvertWhole, CountsBelowOneTouchNothingAndPartialPixelsConvertWhole) {
-  auto src = pattern128(3);
+  auto src = pattern<Pixel128>(3);
   std::vector<Pixel32> dst(3, Pixel32{7, 7, 7, 7});
   const auto before = dst;
   EXPECT_EQ(Convert128to32Lock(0, dst.data(), src.data()), 0);
   EXPECT_EQ(Convert128to32Fast(-8, dst.data(), src.data()), -8);
   EXPECT_EQ(Convert64to32Screen(0, dst.data(), nullptr), 0);
-  EXPECT_TRUE(sameBytes(dst, before));
+  EXPECT_TRUE(dst == before);
   EXPECT_EQ(Convert128to32Fast(5, dst.data(), src.data()), 5);
   EXPECT_EQ(dst[1].mask, Q8(src[1].mask));
   EXPECT_EQ(dst[2], before[2]);

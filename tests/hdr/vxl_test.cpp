@@ -49,9 +49,9 @@ void expectRawPixels(Save save, const std::vector<P>& px, int32_t w, int32_t h) 
 }
 
 TEST(VxlFile, PixelsFollowAsTheyLieInMemory) {
-  expectRawPixels(VexoSaveVXLFile32, pattern32(15), 5, 3);
-  expectRawPixels(VexoSaveVXLFile64, pattern64(15), 3, 5);
-  expectRawPixels(VexoSaveVXLFile128, pattern128(4), 2, 2);
+  expectRawPixels(VexoSaveVXLFile32, pattern<Pixel32>(15), 5, 3);
+  expectRawPixels(VexoSaveVXLFile64, pattern<Pixel64>(15), 3, 5);
+  expectRawPixels(VexoSaveVXLFile128, pattern<Pixel128>(4), 2, 2);
 }
 
 }  // namespace

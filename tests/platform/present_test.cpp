@@ -26,7 +26,7 @@ uint32_t word(const Pixel32& p) {
 // Failures draw nothing; an unknown mode still shows the picture.
 TEST(Present, EqualSizeCompositesShowTheirPictureBottomUp) {
   TestSurface s(6, 5, kFill);
-  auto dst = pattern32(6, 1), src = pattern32(6, 2);
+  auto dst = pattern<Pixel32>(6, 1), src = pattern<Pixel32>(6, 2);
   EXPECT_EQ(Vexo32AdvancedDIB(s.dc(), 2, 1, 3, 2, dst.data(), src.data(), 70, 5), 1);
   for (int32_t i = 0; i < 6; ++i) EXPECT_EQ(s.at(2 + i % 3, 2 - i / 3), word(dst[size_t(i)])) << i;
   EXPECT_TRUE(s.untouchedOutside(2, 1, 5, 3));
@@ -55,12 +55,12 @@ TEST(Present, EqualSizeCompositesShowTheirPictureBottomUp) {
 // the display's unwritten fourth byte as it was; an unknown mode draws nothing.
 TEST(Present, CanvasCompositeShowsTheCoveredCanvasInPlace) {
   TestSurface s(5, 4, kFill);
-  const auto src = pattern32(12, 3);
-  auto canvas = pattern32(20, 4);
+  const auto src = pattern<Pixel32>(12, 3);
+  auto canvas = pattern<Pixel32>(20, 4);
   std::vector<Pixel32> display(12, kMarker);
   const auto before = canvas, blank = display;
   EXPECT_EQ(Vexo32AdvancedDirectDIB(s.dc(), 0, 0, 4, 3, display.data(), src.data(), canvas.data(), 5, 4, 70, 40), 0);
-  EXPECT_TRUE(s.untouched() && sameBytes(canvas, before) && sameBytes(display, blank));
+  EXPECT_TRUE(s.untouched() && canvas == before && display == blank);
   EXPECT_EQ(Vexo32AdvancedDirectDIB(s.dc(), -1, -1, 4, 3, display.data(), src.data(), canvas.data(), 5, 4, 70, 6), 1);
   for (int32_t y = 0; y < 2; ++y)
     for (int32_t x = 0; x < 3; ++x) {
@@ -76,9 +76,9 @@ TEST(Present, CanvasCompositeShowsTheCoveredCanvasInPlace) {
 // but not shown.
 TEST(Present, CanvasCompositeClippedAtTheBottomHandsOverFewerLines) {
   TestSurface s(3, 4, kFill);
-  auto src = pattern64(10, 5);
+  auto src = pattern<Pixel64>(10, 5);
   for (auto& p : src) p.mask = 32767;
-  auto canvas = pattern64(12, 6);
+  auto canvas = pattern<Pixel64>(12, 6);
   std::vector<Pixel32> display(10, kMarker);
   EXPECT_EQ(Vexo64AdvancedDirectDIB(s.dc(), 1, 1, 2, 5, display.data(), src.data(), canvas.data(), 3, 4, 100, 0), 1);
   EXPECT_EQ(canvas[4].blue, src[0].blue);
