@@ -56,7 +56,7 @@ TEST(Present, CanvasCompositesHandOverTheClippedRows) {
     EXPECT_EQ(composite(s.dc(), 1, 1, 2, 5, display.data(), src.data(), canvas.data(), 3, 4, 70, 2), 1);
     // canvas row y shows display row 5 - y (bottom-up, y = 1 at row 4)
     for (int32_t y = 2; y < 4; ++y)
-      for (int32_t x = 1; x < 3; ++x) EXPECT_EQ(s.at(x, y), word(display[size_t((5 - y) * 2 + x - 1)])) << x << "," << y;
+      for (int32_t x = 1; x < 3; ++x) EXPECT_EQ(s.at(x, y), word(display[size_t((5 - y) * 2 + x - 1)])) << x << y;
     EXPECT_TRUE(s.untouchedOutside(1, 2, 3, 4));
   }
   TestSurface s(3, 4, kFill);
