@@ -27,6 +27,11 @@ enum class Role { Count, Width, Height, Pixels, Buffer, Device, Bitmap, Path, Ch
 
 enum class Platforms { All, Posix };
 
+// How the size parameters describe the pictures: an element count, a signed
+// width x height, the width * 4 * height product formed in 32-bit arithmetic,
+// or no size at all.
+enum class SizeRule { None, Count, Picture, Wrapped };
+
 struct Param {
   const char* name;
   Type type;
@@ -81,6 +86,7 @@ struct Export {
   Type result;
   int layout;  // 32, 64 or 128 when the export works on one pixel layout, else 0
   Platforms platforms;
+  SizeRule size;
   const char* header;
   const char* help;  // the header comment above the declaration
   Param params[kMaxParams];

@@ -247,6 +247,7 @@ class PreparedCall {
     auto product = [](int64_t w, int64_t h) -> size_t { return (w < 1 || h < 1) ? 0 : size_t(w) * size_t(h); };
     const std::string w = name + "Width", h = name + "Height";
     if (hasParam(w.c_str()) && hasParam(h.c_str())) return product(integer(w), integer(h));
+    if (export_.size == table::SizeRule::Wrapped) return wrappedPixels();
     if (hasParam("width") && hasParam("height")) return product(integer("width"), integer("height"));
     if (hasParam("elementCount")) {
       const int64_t c = static_cast<int32_t>(integer("elementCount"));
@@ -255,6 +256,28 @@ class PreparedCall {
     throw std::runtime_error("cannot size buffer " + name);
   }
 
+  // The pixels of the wrapping width * 4 * height element count.
+  size_t wrappedPixels() const {
+    const auto count = static_cast<int32_t>(static_cast<uint32_t>(integer("width")) * 4u *
+                                            static_cast<uint32_t>(integer("height")));
+    return count < 1 ? 0 : (static_cast<uint32_t>(count - 1) >> 2) + 1;
+  }
+
+ public:
+  // Whether the call's sizes describe no pixel at all.
+  bool emptySizes() const {
+    switch (export_.size) {
+      case table::SizeRule::Wrapped: return wrappedPixels() == 0;
+      case table::SizeRule::None: return false;
+      default:
+        for (const auto& b : buffers_)
+          if (b->element == Type::Pixel32Ptr || b->element == Type::Pixel64Ptr || b->element == Type::Pixel128Ptr)
+            if (pixelsOf(b->name) != 0) return false;
+        return true;
+    }
+  }
+
+ private:
   Buffer& newBuffer(const std::string& name, Type element, size_t count, Filler& f) {
     auto b = std::make_unique<Buffer>();
     b->name = name;
