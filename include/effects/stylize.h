@@ -56,5 +56,64 @@ EFFECTS_API int32_t EFFECTS_CALL VexoMultiPolarPass128(int32_t elementCount, Pix
 EFFECTS_API void EFFECTS_CALL EffectsSeedRandom(uint32_t seed);
 #endif
 
+/* Screen patterns. Pixelizer: the offsets are added (clamped) to the pixels
+ * on even rows and even columns; the 128 member adds offset / 255 unclamped. */
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelizer32(int32_t width, int32_t height, Pixel32* pixels, int32_t redOffset, int32_t greenOffset, int32_t blueOffset);
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelizer64(int32_t width, int32_t height, Pixel64* pixels, int32_t redOffset, int32_t greenOffset, int32_t blueOffset);
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelizer128(int32_t width, int32_t height, Pixel128* pixels, int32_t redOffset, int32_t greenOffset, int32_t blueOffset);
+/* Doubled scan lines: each even row's colour is copied into the row below. */
+EFFECTS_API int32_t EFFECTS_CALL VexoMonitor32(int32_t width, int32_t height, Pixel32* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoMonitor64(int32_t width, int32_t height, Pixel64* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoMonitor128(int32_t width, int32_t height, Pixel128* pixels);
+/* Green phosphor: on the chosen pixels green + 150 (clamped; 64: + 19274; 128:
+ * + 0.5882137516403699 unclamped), blue and red 0. Display3: every third
+ * column; Display4: every third row; Display5: every third column of every
+ * third row. */
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay332(int32_t width, int32_t height, Pixel32* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay364(int32_t width, int32_t height, Pixel64* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay3128(int32_t width, int32_t height, Pixel128* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay432(int32_t width, int32_t height, Pixel32* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay464(int32_t width, int32_t height, Pixel64* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay4128(int32_t width, int32_t height, Pixel128* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay532(int32_t width, int32_t height, Pixel32* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay564(int32_t width, int32_t height, Pixel64* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay5128(int32_t width, int32_t height, Pixel128* pixels);
+/* Warm grid: red + 79 and green + 41 (capped) on every even row, then again
+ * on every even column. The 64 member adds 10151 and 5268 (capped at 32767).
+ * The 128 member adds 10151.0 and 5268.0 on the even rows and 10151/32767
+ * and 5268/32767 on the even columns, uncapped. reserved is ignored. */
+EFFECTS_API int32_t EFFECTS_CALL VexoThachet32(int32_t width, int32_t height, Pixel32* pixels, int32_t reserved);
+EFFECTS_API int32_t EFFECTS_CALL VexoThachet64(int32_t width, int32_t height, Pixel64* pixels, int32_t reserved);
+EFFECTS_API int32_t EFFECTS_CALL VexoThachet128(int32_t width, int32_t height, Pixel128* pixels, int32_t reserved);
+/* Two-channel cast, mode 1..6 choosing which channels get the strong (79) and
+ * weak (41) additions: 1 red/green, 2 red/blue, 3 blue/green, 4 blue/red,
+ * 5 green/blue, 6 green/red. The 32 member wraps modulo 256; the 64 member
+ * adds 10151 and 5268 clamped; the 128 member 10151/32767 and 5268/32767
+ * unclamped. */
+EFFECTS_API int32_t EFFECTS_CALL VexoBacterial32(int32_t width, int32_t height, Pixel32* pixels, int32_t mode, int32_t channel);
+EFFECTS_API int32_t EFFECTS_CALL VexoBacterial64(int32_t width, int32_t height, Pixel64* pixels, int32_t mode, int32_t channel);
+EFFECTS_API int32_t EFFECTS_CALL VexoBacterial128(int32_t width, int32_t height, Pixel128* pixels, int32_t mode, int32_t channel);
+
+/* Ghosts. 3D goggles: in raster order, the pixel 3 right and 3 down of (x, y)
+ * gets red and blue averaged from (x, y) and (x + 6, y + 6); the ghost
+ * compounds along the diagonal. Needs at least 7 x 7 pixels. Double vision:
+ * each pixel's colour is averaged with the pixel 15 to its right (the last 15
+ * columns stay). The 128 members average in double precision. */
+EFFECTS_API int32_t EFFECTS_CALL Vexo3DGoggles32(int32_t width, int32_t height, Pixel32* pixels);
+EFFECTS_API int32_t EFFECTS_CALL Vexo3DGoggles64(int32_t width, int32_t height, Pixel64* pixels);
+EFFECTS_API int32_t EFFECTS_CALL Vexo3DGoggles128(int32_t width, int32_t height, Pixel128* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoDoubleVision32(int32_t width, int32_t height, Pixel32* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoDoubleVision64(int32_t width, int32_t height, Pixel64* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoDoubleVision128(int32_t width, int32_t height, Pixel128* pixels);
+
+/* Diagonal relief, in raster order from (1, 1): each colour element becomes
+ * (c - p) x amount + c / divisor, p the same element of the upper-left pixel
+ * as already rewritten, clamped to 0..255 (in the 64 member too); the 128
+ * member computes in single precision with 1 / divisor and does not clamp.
+ * Row 0 and column 0 stay. A divisor of 0 changes nothing. */
+EFFECTS_API int32_t EFFECTS_CALL VexoRoughen32(int32_t width, int32_t height, Pixel32* pixels, int32_t amount, int32_t divisor);
+EFFECTS_API int32_t EFFECTS_CALL VexoRoughen64(int32_t width, int32_t height, Pixel64* pixels, int32_t amount, int32_t divisor);
+EFFECTS_API int32_t EFFECTS_CALL VexoRoughen128(int32_t width, int32_t height, Pixel128* pixels, int32_t amount, int32_t divisor);
+
 EFFECTS_EXTERN_C_END
 #endif
