@@ -49,6 +49,43 @@ EFFECTS_API int32_t EFFECTS_CALL VexoMultiPolarPass32(int32_t elementCount, Pixe
 EFFECTS_API int32_t EFFECTS_CALL VexoMultiPolarPass64(int32_t elementCount, Pixel64* pixels, int32_t blueHigh, int32_t blueLow, int32_t greenHigh, int32_t greenLow, int32_t redHigh, int32_t redLow);
 EFFECTS_API int32_t EFFECTS_CALL VexoMultiPolarPass128(int32_t elementCount, Pixel128* pixels, int32_t blueHigh, int32_t blueLow, int32_t greenHigh, int32_t greenLow, int32_t redHigh, int32_t redLow);
 
+/* Random effects. They draw from the calling thread's sequence: on Windows the
+ * C runtime's rand() (seed it with srand), elsewhere the library's own
+ * generator with the same arithmetic, seeded with EffectsSeedRandom (seed 1
+ * until then). The same seed gives the same picture.
+ *
+ * Pixel noise: count x count times, a pixel (row drawn first, then column)
+ * gets blue, green and red each raised by draw / 32767 x its noise amount,
+ * truncated and clamped (0..255 for 32, 0..32767 for 64). The 128 member
+ * adds draw / 32767 x amount / 255 and does not clamp. */
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelNoise32(int32_t width, int32_t height, Pixel32* pixels, int32_t count, int32_t redNoise, int32_t greenNoise, int32_t blueNoise);
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelNoise64(int32_t width, int32_t height, Pixel64* pixels, int32_t count, int32_t redNoise, int32_t greenNoise, int32_t blueNoise);
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelNoise128(int32_t width, int32_t height, Pixel128* pixels, int32_t count, int32_t redNoise, int32_t greenNoise, int32_t blueNoise);
+/* Specks: for every pixel of the even rows, two draws give a distance down
+ * and one to the right (0..spread), and the pixel there gets the three
+ * amounts added (clamped; the 128 member adds amount / 255 unclamped). A speck
+ * past the right edge lands on a following row; one past the end of the
+ * picture, or before its start (a negative spread), is skipped. */
+EFFECTS_API int32_t EFFECTS_CALL VexoDiffuse32(int32_t width, int32_t height, Pixel32* pixels, int32_t spread, int32_t redAdd, int32_t greenAdd, int32_t blueAdd);
+EFFECTS_API int32_t EFFECTS_CALL VexoDiffuse64(int32_t width, int32_t height, Pixel64* pixels, int32_t spread, int32_t redAdd, int32_t greenAdd, int32_t blueAdd);
+EFFECTS_API int32_t EFFECTS_CALL VexoDiffuse128(int32_t width, int32_t height, Pixel128* pixels, int32_t spread, int32_t redAdd, int32_t greenAdd, int32_t blueAdd);
+/* Dark film scratches: verticalLines columns, then horizontalLines rows, each
+ * at a drawn position 0..width (0..height); every pixel on it except the
+ * first is multiplied by a fresh draw / 32767. A column at exactly width runs
+ * down the first column one row lower; a row at exactly height is drawn but
+ * not written. */
+EFFECTS_API int32_t EFFECTS_CALL VexoAgedLines32(int32_t width, int32_t height, Pixel32* pixels, int32_t verticalLines, int32_t horizontalLines);
+EFFECTS_API int32_t EFFECTS_CALL VexoAgedLines64(int32_t width, int32_t height, Pixel64* pixels, int32_t verticalLines, int32_t horizontalLines);
+EFFECTS_API int32_t EFFECTS_CALL VexoAgedLines128(int32_t width, int32_t height, Pixel128* pixels, int32_t verticalLines, int32_t horizontalLines);
+/* Rain drops on glass: drops round drops (none below 1), each with three draws:
+ * its centre column (0..width - 1), centre row (0..height - 1) and radius (1
+ * .. radius, which is clamped to 1..64). A drop magnifies what lies under it
+ * (a lens that bulges toward its centre), is lit from the upper left, has a
+ * dark rim on its lower right and a highlight spot a third of the way to its
+ * upper left. Each drop sees the picture as the earlier drops left it. */
+EFFECTS_API int32_t EFFECTS_CALL VexoRainDrops32(int32_t width, int32_t height, Pixel32* pixels, int32_t drops, int32_t radius);
+EFFECTS_API int32_t EFFECTS_CALL VexoRainDrops64(int32_t width, int32_t height, Pixel64* pixels, int32_t drops, int32_t radius);
+
 #if !defined(_WIN32)
 /* Starts the calling thread's random sequence again from seed (Linux and the
  * other non-Windows builds; on Windows the host calls srand). Each thread has
