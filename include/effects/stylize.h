@@ -152,5 +152,17 @@ EFFECTS_API int32_t EFFECTS_CALL VexoRoughen32(int32_t width, int32_t height, Pi
 EFFECTS_API int32_t EFFECTS_CALL VexoRoughen64(int32_t width, int32_t height, Pixel64* pixels, int32_t amount, int32_t divisor);
 EFFECTS_API int32_t EFFECTS_CALL VexoRoughen128(int32_t width, int32_t height, Pixel128* pixels, int32_t amount, int32_t divisor);
 
+/* Oil paint: every pixel takes the mean colour of the most common brightness
+ * level within brushSize pixels of it (a square of side 2 x brushSize + 1,
+ * cut at the picture's edges). brushSize is clamped to 1..5 and levels to
+ * 10..255; a pixel's level is (B + G + R) x levels / 766 on the 8-bit scale,
+ * ties go to the darker level, and the mean is rounded half up. The colour is
+ * 8 bits a channel in every layout: the 64 member reads element >> 7 and
+ * writes round(v x 32767 / 255), the 128 member reads round(element x 255)
+ * clamped to 0..255 and writes v / 255, so bright HDR values end at 1.0. */
+EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint32(int32_t width, int32_t height, Pixel32* pixels, int32_t brushSize, int32_t levels);
+EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint64(int32_t width, int32_t height, Pixel64* pixels, int32_t brushSize, int32_t levels);
+EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint128(int32_t width, int32_t height, Pixel128* pixels, int32_t brushSize, int32_t levels);
+
 EFFECTS_EXTERN_C_END
 #endif
