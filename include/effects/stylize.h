@@ -164,5 +164,13 @@ EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint32(int32_t width, int32_t height, P
 EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint64(int32_t width, int32_t height, Pixel64* pixels, int32_t brushSize, int32_t levels);
 EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint128(int32_t width, int32_t height, Pixel128* pixels, int32_t brushSize, int32_t levels);
 
+/* Polished metal: a grey picture from the luminance Y (0.2125 R + 0.7154 G +
+ * 0.0721 B, 0..1). bands (clamped to 1..8) folds Y into 2 x bands - 1 light
+ * and dark swings (1: Y itself; black stays black and white stays white);
+ * sheen (clamped to 0..100) adds sheen / 25 times the luminance step from the
+ * lower-right neighbour to the upper-left one, an embossed relief. */
+EFFECTS_API int32_t EFFECTS_CALL VexoMetallic32(int32_t width, int32_t height, Pixel32* pixels, int32_t bands, int32_t sheen);
+EFFECTS_API int32_t EFFECTS_CALL VexoMetallic64(int32_t width, int32_t height, Pixel64* pixels, int32_t bands, int32_t sheen);
+
 EFFECTS_EXTERN_C_END
 #endif
