@@ -5,6 +5,7 @@
 
 #include "core/dispatch.h"
 #include "filters/stylize.h"
+#include "filters/stylize_simd.h"
 
 namespace effects {
 namespace {
@@ -80,40 +81,39 @@ void digitalDisplay(int32_t width, int32_t height, typename L::Pixel* px) {
 
 // -------------------------------------------------------------------- thatch
 
-// Pass 1 on the even rows, pass 2 on the even columns of every row. The float
-// member's first pass adds the 16-bit amounts unscaled, so its even rows go
-// far above 1.0; only its second pass is on the float scale.
+// One pass over the rows instead of two: a pixel takes the row addition
+// (even rows) and then the column addition (even columns), the order the two
+// passes give it. Runs of whole vectors first, the plain additions after.
 template <class L>
 void thatch(int32_t width, int32_t height, typename L::Pixel* px) {
   using P = typename L::Pixel;
   const auto pic = packedPicture(width, height, px);
-  auto rowPass = [](P& p) {
-    if constexpr (std::is_same_v<L, Layout32>) {
-      p.red = addClamped<L>(p.red, 79);
-      p.green = addClamped<L>(p.green, 41);
-    } else if constexpr (std::is_same_v<L, Layout64>) {
-      p.red = addClamped<L>(p.red, 10151);
-      p.green = addClamped<L>(p.green, 5268);
-    } else {
-      p.red = static_cast<float>(p.red + 10151.0);
-      p.green = static_cast<float>(p.green + 5268.0);
+  if constexpr (L::integer) {
+    using E = typename L::Element;
+    constexpr bool bytes = std::is_same_v<L, Layout32>;
+    constexpr E green = bytes ? 41 : 5268, red = bytes ? 79 : 10151;
+    // Patterns of whole vectors: four 8-bit or two 16-bit pixels, from an
+    // even column.
+    constexpr size_t lanes = bytes ? 16 : 8;
+    E everyPixel[lanes] = {}, evenPixels[lanes] = {}, none[lanes] = {};
+    for (size_t i = 0; i < lanes; i += 4) {
+      everyPixel[i + 1] = green, everyPixel[i + 2] = red;
+      if (i % 8 == 0) evenPixels[i + 1] = green, evenPixels[i + 2] = red;
     }
-  };
-  auto columnPass = [&rowPass](P& p) {
-    if constexpr (L::integer) {
-      rowPass(p);
-    } else {
-      p.red = static_cast<float>(p.red + 0.3097933896908475);
-      p.green = static_cast<float>(p.green + 0.16077150791955322);
-    }
-  };
-  for (int32_t y = 0; y < pic.height(); y += 2) {
-    P* r = pic.row(y);
-    for (int32_t x = 0; x < pic.width(); ++x) rowPass(r[x]);
+    forEachRow(pic, [&](P* r, int32_t y) {
+      const bool evenRow = y % 2 == 0;
+      const size_t n = static_cast<size_t>(pic.width());
+      size_t done;
+      if constexpr (bytes) done = sse2::addCapped32(r, n, evenRow ? everyPixel : evenPixels, evenRow ? evenPixels : none);
+      else done = sse2::addCapped64(r, n, evenRow ? everyPixel : evenPixels, evenRow ? evenPixels : none);
+      for (size_t x = done; x < n; ++x) {
+        if (evenRow) thatchRowPass<L>(r[x]);
+        if (x % 2 == 0) thatchColumnPass<L>(r[x]);
+      }
+    });
+  } else {
+    thatchPlain<L>(pic);
   }
-  forEachRow(pic, [&](P* r, int32_t) {
-    for (int32_t x = 0; x < pic.width(); x += 2) columnPass(r[x]);
-  });
 }
 
 // ----------------------------------------------------------------- bacterial
@@ -122,6 +122,16 @@ void thatch(int32_t width, int32_t height, typename L::Pixel* px) {
 // units of the strong (2) and weak (1) amount.
 constexpr int32_t kBacterialShares[6][3] = {{2, 1, 0}, {2, 0, 1}, {0, 1, 2}, {1, 0, 2}, {0, 2, 1}, {1, 2, 0}};
 
+// No addition, the weak one and the strong one: 41 and 79 wrap around in 8
+// bits (a red of 200 becomes 23); 5268 and 10151 clamp in 16 bits; 5268/32767
+// and 10151/32767 in float do not clamp.
+template <class L> struct CastAmounts;
+template <> struct CastAmounts<Layout32> { static constexpr uint8_t of[3] = {0, 41, 79}; };
+template <> struct CastAmounts<Layout64> { static constexpr uint16_t of[3] = {0, 5268, 10151}; };
+template <> struct CastAmounts<Layout128> {
+  static constexpr double of[3] = {0, 0.16077150791955322, 0.3097933896908475};
+};
+
 template <class L>
 void bacterial(int32_t width, int32_t height, typename L::Pixel* px, int32_t mode, int32_t channel) {
   using P = typename L::Pixel;
@@ -129,35 +139,20 @@ void bacterial(int32_t width, int32_t height, typename L::Pixel* px, int32_t mod
   if (mode < 1 || mode > 6 || !any(ch)) return;
   const auto pic = packedPicture(width, height, px);
   const int32_t* shares = kBacterialShares[mode - 1];
-  const bool chosen[3] = {ch.red, ch.green, ch.blue};
-  int32_t share[3];
-  for (int i = 0; i < 3; ++i) share[i] = chosen[i] ? shares[i] : 0;
-  if constexpr (std::is_same_v<L, Layout32>) {
-    // Byte additions that wrap modulo 256: a red of 200 plus 79 is 23.
-    constexpr uint8_t amount[3] = {0, 41, 79};
-    const uint8_t r = amount[share[0]], g = amount[share[1]], b = amount[share[2]];
-    forEachPixel(pic, [=](P& p) {
-      p.red = static_cast<uint8_t>(p.red + r);
-      p.green = static_cast<uint8_t>(p.green + g);
-      p.blue = static_cast<uint8_t>(p.blue + b);
-    });
-  } else {
-    using Amount = std::conditional_t<L::integer, int32_t, double>;
-    constexpr Amount amount[3] = {0, L::integer ? Amount(5268) : Amount(0.16077150791955322),
-                                  L::integer ? Amount(10151) : Amount(0.3097933896908475)};
-    const Amount r = amount[share[0]], g = amount[share[1]], b = amount[share[2]];
-    // A channel without an addition is not written at all (so the float
-    // member keeps a -0.0 and the 16-bit one a value above 32767).
-    auto add = [](auto& e, Amount a) {
-      if constexpr (L::integer) e = addClamped<L>(e, a);
-      else e = static_cast<float>(e + a);
-    };
-    forEachPixel(pic, [=](P& p) {
-      if (share[0] != 0) add(p.red, r);
-      if (share[1] != 0) add(p.green, g);
-      if (share[2] != 0) add(p.blue, b);
-    });
-  }
+  const auto& amounts = CastAmounts<L>::of;
+  const auto r = amounts[ch.red ? shares[0] : 0], g = amounts[ch.green ? shares[1] : 0];
+  const auto b = amounts[ch.blue ? shares[2] : 0];
+  forEachRow(pic, [&](P* row, int32_t) {
+    const size_t n = static_cast<size_t>(pic.width());
+    size_t done = 0;
+    if constexpr (std::is_same_v<L, Layout32>) {
+      done = sse2::addWrapping32(row, n, b, g, r);
+    } else if constexpr (std::is_same_v<L, Layout64>) {
+      const uint16_t pattern[8] = {b, g, r, 0, b, g, r, 0}, none[8] = {};
+      done = sse2::addCapped64(row, n, pattern, none);
+    }
+    for (size_t x = done; x < n; ++x) castPixel<L>(row[x], r, g, b);
+  });
 }
 
 // --------------------------------------------------------------------- ghosts

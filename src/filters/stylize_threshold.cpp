@@ -2,7 +2,7 @@
 // threshold, the custom halftone and the two posterizes. Each pixel is decided
 // on its own values, so every family is one pass.
 #include "filters/stylize.h"
-
+#include "filters/stylize_simd.h"
 
 namespace effects {
 namespace {
@@ -12,8 +12,9 @@ using namespace stylize;
 // ------------------------------------------------------------------ halftone
 
 // Dark and bright limits of halftone levels 1..3, on each layout's sum scale.
-// Level 2's pair differs by one in the 8-bit layout (383 / 382): a sum of 383
-// goes dark and the darkened pixel cannot come back bright.
+// Level 2's pair differs by one in the 8-bit layout (383 / 382): a sum of
+// exactly 383 goes dark, and comes back bright when the channels it cleared
+// were 0 already.
 template <class L> struct HalftoneLimits;
 template <> struct HalftoneLimits<Layout32> {
   static constexpr int32_t dark[3] = {200, 383, 500}, bright[3] = {200, 382, 500};
@@ -26,16 +27,15 @@ template <> struct HalftoneLimits<Layout128> {
   static constexpr double bright[3] = {0.26142155217139196, 0.5006256294442579, 0.6535843989379558};
 };
 
-// The dark step, then the bright step on the sum taken again. The float sum is
-// compared with the double limits in double precision.
+// The vector forms do whole vectors, the plain form the rest.
 template <class L, class Limit>
 void thresholdSum(int32_t n, typename L::Pixel* px, Limit dark, Limit bright, Channels ch) {
-  using P = typename L::Pixel;
-  using E = typename L::Element;
-  forEachPixel(n, px, [=](P& p) {
-    if (colourSum<L>(p) <= dark) setChosen(p, ch, E(0));
-    if (colourSum<L>(p) > bright) setChosen(p, ch, L::full);
-  });
+  if (n < 1) return;
+  const size_t count = pixelsFor(n);
+  size_t done = 0;
+  if constexpr (std::is_same_v<L, Layout32>) done = sse2::halftone32(px, count, dark, bright, ch);
+  if constexpr (std::is_same_v<L, Layout64>) done = sse2::halftone64(px, count, dark, bright, ch);
+  for (size_t i = done; i < count; ++i) halftonePixel<L>(px[i], dark, bright, ch);
 }
 
 template <class L>
@@ -94,26 +94,16 @@ template <> struct PolarLimits<Layout128> {
                                      0.7842951750236519};
 };
 
-// One element of the three-zone posterize, decided on its value at entry.
-template <class L, class Limit>
-inline typename L::Element threeZones(typename L::Element e, Limit low, Limit high) {
-  const auto v = compared<L>(e);
-  if (v < low) return 0;
-  if (v > high) return L::full;
-  return e;
-}
-
 template <class L>
 void polarPass(int32_t n, typename L::Pixel* px, int32_t level, int32_t channel) {
-  using P = typename L::Pixel;
   const Channels ch = Channels::of(channel);
-  if (level < 1 || level > 4 || !any(ch)) return;
+  if (n < 1 || level < 1 || level > 4 || !any(ch)) return;
   const auto low = PolarLimits<L>::low[level - 1], high = PolarLimits<L>::high[level - 1];
-  forEachPixel(n, px, [=](P& p) {
-    if (ch.blue) p.blue = threeZones<L>(p.blue, low, high);
-    if (ch.green) p.green = threeZones<L>(p.green, low, high);
-    if (ch.red) p.red = threeZones<L>(p.red, low, high);
-  });
+  const size_t count = pixelsFor(n);
+  size_t done = 0;
+  if constexpr (std::is_same_v<L, Layout32>) done = sse2::polarPass32(px, count, low, high, ch);
+  if constexpr (std::is_same_v<L, Layout64>) done = sse2::polarPass64(px, count, low, high, ch);
+  for (size_t i = done; i < count; ++i) polarPixel<L>(px[i], low, high, ch);
 }
 
 // One element of the two-limit posterize: below low it becomes 0, then the
