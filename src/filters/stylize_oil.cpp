@@ -10,11 +10,11 @@
 // every layout (one packed 32-bit value), so the three members paint the same
 // picture.
 //
-// The kernel slides along each row: a histogram of levels holding the pixel
-// count and the packed colour sums of each level loses the column that
-// leaves the square and gains the one that enters, so a pixel costs two
-// columns of updates instead of the whole square.
+// The histograms slide (filters/stylize_oil.h): a pixel costs two strip
+// updates, one strip of counts in and one out, a scan of the counts and the
+// gathering of one level's sums, instead of a histogram of the whole square.
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "core/scratch.h"
@@ -25,7 +25,6 @@ namespace effects {
 namespace {
 
 using namespace stylize;
-using oil::Histogram;
 
 // An element on the 8-bit scale: the byte itself; the top eight of the 16-bit
 // layout's fifteen bits (the library's 16 -> 8 bit narrowing, so a picture
@@ -53,15 +52,19 @@ template <class L>
 void oilPaint(int32_t width, int32_t height, typename L::Pixel* px, int32_t brushSize, int32_t levels) {
   using P = typename L::Pixel;
   const int32_t brush = clampTo(brushSize, 1, 5);
-  const int32_t bins = clampTo(levels, 10, 255);
+  const uint32_t bins = static_cast<uint32_t>(clampTo(levels, 10, 255));
   const auto pic = packedPicture(width, height, px);
   if (pic.empty()) return;
   // The picture at entry on the 8-bit scale, each pixel's level in its mask
-  // byte (the kernel never reads a mask).
+  // byte (the kernel never reads a mask), and the strip histograms.
+  const size_t w = static_cast<size_t>(width), stride = (bins + 15) / 16 * 16;
+  if (w > SIZE_MAX / (bins * sizeof(uint64_t))) return;
   const auto source = scratchPicture<Pixel32>(width, height, ScratchSlot::First);
-  if (source.empty()) return;
+  auto* counts = static_cast<uint8_t*>(scratchBytes(oil::Strips::countBytes(w, stride), ScratchSlot::Second));
+  auto* sums = static_cast<uint64_t*>(scratchBytes(oil::Strips::sumBytes(w, bins), ScratchSlot::Third));
+  if (source.empty() || counts == nullptr || sums == nullptr) return;
   uint8_t levelOf[766];
-  for (int32_t s = 0; s < 766; ++s) levelOf[s] = static_cast<uint8_t>(s * bins / 766);
+  for (uint32_t s = 0; s < 766; ++s) levelOf[s] = static_cast<uint8_t>(s * bins / 766);
   forEachRow(pic, [&](const P* r, int32_t y) {
     Pixel32* out = source.row(y);
     for (int32_t x = 0; x < width; ++x) {
@@ -69,27 +72,40 @@ void oilPaint(int32_t width, int32_t height, typename L::Pixel* px, int32_t brus
       out[x] = Pixel32{b, g, red, levelOf[b + g + red]};
     }
   });
-  // Fill the picture row by row from the copy; the mask stays as it is.
-  Histogram histogram(static_cast<uint32_t>(bins));
+  // The strips start with the rows the brush covers at row 0.
+  oil::Strips strips(counts, sums, w, stride, bins);
+  for (int32_t v = 0; v <= std::min(brush, height - 1); ++v) {
+    const Pixel32* r = source.row(v);
+    for (size_t x = 0; x < w; ++x) strips.add(x, r[x]);
+  }
+  alignas(16) uint8_t square[256];
   for (int32_t y = 0; y < height; ++y) {
-    const int32_t top = std::max(y - brush, 0), bottom = std::min(y + brush, height - 1);
-    histogram.clear();
-    auto column = [&](int32_t x, bool add) {
-      for (int32_t v = top; v <= bottom; ++v) {
-        const Pixel32 s = source.at(x, v);
-        if (add) histogram.add(s);
-        else histogram.remove(s);
+    // Down one row: the row above the brush leaves, the one below enters.
+    if (y > 0) {
+      if (const int32_t leaving = y - brush - 1; leaving >= 0) {
+        const Pixel32* r = source.row(leaving);
+        for (size_t x = 0; x < w; ++x) strips.remove(x, r[x]);
       }
-    };
-    for (int32_t x = 0; x <= std::min(brush, width - 1); ++x) column(x, true);
+      if (const int32_t entering = y + brush; entering < height) {
+        const Pixel32* r = source.row(entering);
+        for (size_t x = 0; x < w; ++x) strips.add(x, r[x]);
+      }
+    }
+    std::memset(square, 0, sizeof square);
+    for (int32_t x = 0; x <= std::min(brush, width - 1); ++x) oil::addCounts(square, strips.counts(x), stride);
     P* row = pic.row(y);
     for (int32_t x = 0; x < width; ++x) {
       if (x > 0) {
-        if (x - brush - 1 >= 0) column(x - brush - 1, false);
-        histogram.settle();
-        if (x + brush < width) column(x + brush, true);
+        if (const int32_t leaving = x - brush - 1; leaving >= 0)
+          oil::subtractCounts(square, strips.counts(leaving), stride);
+        if (const int32_t entering = x + brush; entering < width)
+          oil::addCounts(square, strips.counts(entering), stride);
       }
-      const uint32_t colour = histogram.meanOfMostCommon();
+      const uint32_t best = oil::firstLargest(square, bins);
+      const uint64_t* levelSums = strips.sums(best);
+      uint64_t colourSums = 0;
+      for (int32_t u = std::max(x - brush, 0); u <= std::min(x + brush, width - 1); ++u) colourSums += levelSums[u];
+      const uint32_t colour = oil::meanColour(colourSums, square[best]);
       row[x].red = fromEightBit<L>(colour & 0xFFu);
       row[x].green = fromEightBit<L>((colour >> 8) & 0xFFu);
       row[x].blue = fromEightBit<L>((colour >> 16) & 0xFFu);

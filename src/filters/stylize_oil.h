@@ -1,6 +1,14 @@
-// The sliding level histogram of the oil paint.
+// The level histograms of the oil paint.
+//
+// Each picture column keeps a strip histogram of the pixels of the brush's
+// rows in it (a count and the colour sums per level), updated by one pixel
+// out and one in as the brush moves down a row. Along a row, the square's
+// counts are the strips' counts added up, kept by adding the strip that
+// enters and taking away the one that leaves; the most common level is read
+// off those counts, and its colour sums are gathered from the square's strips.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -27,6 +35,17 @@ struct Reciprocals {
 };
 inline constexpr Reciprocals kReciprocals{};
 
+// ---------------------------------------------------------------- counts
+
+// Counts are bytes, `stride` of them a histogram (a multiple of 16, with
+// every count from the number of levels on 0).
+
+inline void addCountsPlain(uint8_t* to, const uint8_t* from, size_t stride) {
+  for (size_t i = 0; i < stride; ++i) to[i] = static_cast<uint8_t>(to[i] + from[i]);
+}
+inline void subtractCountsPlain(uint8_t* to, const uint8_t* from, size_t stride) {
+  for (size_t i = 0; i < stride; ++i) to[i] = static_cast<uint8_t>(to[i] - from[i]);
+}
 // Index of the first largest of counts[0 .. bins), scanning up.
 inline uint32_t firstLargestPlain(const uint8_t* counts, uint32_t bins) {
   uint32_t best = 0;
@@ -36,13 +55,25 @@ inline uint32_t firstLargestPlain(const uint8_t* counts, uint32_t bins) {
 }
 
 #if defined(__SSE2__)
-// The same over 16 counts at a time; counts holds 256 bytes (16-aligned) and
-// every count from `bins` on is 0, so whole blocks can be read.
+inline void addCountsSse2(uint8_t* to, const uint8_t* from, size_t stride) {
+  for (size_t i = 0; i < stride; i += 16) {
+    __m128i* t = reinterpret_cast<__m128i*>(to + i);
+    _mm_storeu_si128(t, _mm_add_epi8(_mm_loadu_si128(t), _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + i))));
+  }
+}
+inline void subtractCountsSse2(uint8_t* to, const uint8_t* from, size_t stride) {
+  for (size_t i = 0; i < stride; i += 16) {
+    __m128i* t = reinterpret_cast<__m128i*>(to + i);
+    _mm_storeu_si128(t, _mm_sub_epi8(_mm_loadu_si128(t), _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + i))));
+  }
+}
+// The first largest over whole blocks of 16: the counts past `bins` are 0,
+// and the largest count is at least 1, so they never win.
 inline uint32_t firstLargestSse2(const uint8_t* counts, uint32_t bins) {
   const uint32_t blocks = (bins + 15) / 16;
   __m128i most = _mm_setzero_si128();
   for (uint32_t b = 0; b < blocks; ++b)
-    most = _mm_max_epu8(most, _mm_load_si128(reinterpret_cast<const __m128i*>(counts + 16 * b)));
+    most = _mm_max_epu8(most, _mm_loadu_si128(reinterpret_cast<const __m128i*>(counts + 16 * b)));
   most = _mm_max_epu8(most, _mm_srli_si128(most, 8));
   most = _mm_max_epu8(most, _mm_srli_si128(most, 4));
   most = _mm_max_epu8(most, _mm_srli_si128(most, 2));
@@ -50,13 +81,27 @@ inline uint32_t firstLargestSse2(const uint8_t* counts, uint32_t bins) {
   const __m128i target = _mm_set1_epi8(static_cast<char>(_mm_cvtsi128_si32(most) & 0xFF));
   for (uint32_t b = 0; b < blocks; ++b) {
     const int hits = _mm_movemask_epi8(
-        _mm_cmpeq_epi8(_mm_load_si128(reinterpret_cast<const __m128i*>(counts + 16 * b)), target));
+        _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(counts + 16 * b)), target));
     if (hits != 0) return 16 * b + static_cast<uint32_t>(__builtin_ctz(static_cast<unsigned>(hits)));
   }
   return 0;
 }
 #endif
 
+inline void addCounts(uint8_t* to, const uint8_t* from, size_t stride) {
+#if defined(__SSE2__)
+  addCountsSse2(to, from, stride);
+#else
+  addCountsPlain(to, from, stride);
+#endif
+}
+inline void subtractCounts(uint8_t* to, const uint8_t* from, size_t stride) {
+#if defined(__SSE2__)
+  subtractCountsSse2(to, from, stride);
+#else
+  subtractCountsPlain(to, from, stride);
+#endif
+}
 inline uint32_t firstLargest(const uint8_t* counts, uint32_t bins) {
 #if defined(__SSE2__)
   return firstLargestSse2(counts, bins);
@@ -65,62 +110,52 @@ inline uint32_t firstLargest(const uint8_t* counts, uint32_t bins) {
 #endif
 }
 
-// Pixel counts and colour sums per level over a moving square. A pixel comes
-// as its 8-bit blue, green, red and its level in the mask byte. The sums of a
-// level sit in one 64-bit word, 16 bits a channel: none can carry into the
-// next, since none exceeds 121 x 255, and a pixel is only ever removed after
-// it was added.
-class Histogram {
+// ---------------------------------------------------------------- strips
+
+// The strip histograms of every column, in caller-provided memory: `stride`
+// counts per column, and the sums level by level (the square gathers one
+// level's sums from neighbouring columns). The sums of a level sit in one 64-bit
+// word, 16 bits a channel: a strip holds at most 11 pixels, so no channel
+// carries into the next, and a pixel is only ever removed after it was added.
+// A pixel comes as its 8-bit blue, green, red and its level in the mask byte.
+class Strips {
  public:
-  explicit Histogram(uint32_t bins) : bins_(bins) { clear(); }
+  Strips(uint8_t* counts, uint64_t* sums, size_t width, size_t stride, size_t bins)
+      : counts_(counts), sums_(sums), width_(width), stride_(stride), bins_(bins) {
+    std::memset(counts_, 0, width_ * stride_);
+    std::memset(sums_, 0, width_ * bins_ * sizeof(uint64_t));
+  }
+  // Bytes of memory the strips of `width` columns take.
+  static size_t countBytes(size_t width, size_t stride) { return width * stride; }
+  static size_t sumBytes(size_t width, size_t bins) { return width * bins * sizeof(uint64_t); }
 
-  void clear() {
-    std::memset(counts_, 0, sizeof counts_);
-    std::memset(sums_, 0, sizeof sums_);
-    best_ = 0;
-    stale_ = false;
+  void add(size_t x, Pixel32 s) {
+    ++counts_[x * stride_ + s.mask];
+    sums_[s.mask * width_ + x] += packed(s);
   }
-
-  // Keeps the most common level up to date: a level that grows past the
-  // leader, or level with it from below, takes the lead.
-  void add(Pixel32 s) {
-    const uint32_t l = s.mask;
-    sums_[l] += packed(s);
-    ++counts_[l];
-    if (counts_[l] > counts_[best_] || (counts_[l] == counts_[best_] && l < best_)) best_ = l;
+  void remove(size_t x, Pixel32 s) {
+    --counts_[x * stride_ + s.mask];
+    sums_[s.mask * width_ + x] -= packed(s);
   }
-  // A level that shrinks may lose the lead: settle() looks again.
-  void remove(Pixel32 s) {
-    const uint32_t l = s.mask;
-    sums_[l] -= packed(s);
-    --counts_[l];
-    stale_ |= l == best_;
-  }
-  // Call after the removals of a step and before its additions.
-  void settle() {
-    if (stale_) best_ = firstLargest(counts_, bins_);
-    stale_ = false;
-  }
-
-  // The rounded mean colour of the most common level, packed red in bits
-  // 0-7, green in 8-15, blue in 16-23.
-  uint32_t meanOfMostCommon() const {
-    const uint32_t n = counts_[best_];
-    const uint64_t s = sums_[best_];
-    auto mean = [n](uint64_t sum) { return kReciprocals.divide(static_cast<uint32_t>(sum & 0xFFFFu) + n / 2, n); };
-    return mean(s >> 32) | mean(s >> 16) << 8 | mean(s) << 16;
-  }
+  const uint8_t* counts(size_t x) const { return counts_ + x * stride_; }
+  // The sums of one level, one word per column.
+  const uint64_t* sums(uint32_t level) const { return sums_ + level * width_; }
 
  private:
   static uint64_t packed(Pixel32 s) {
     return uint64_t{s.blue} | uint64_t{s.green} << 16 | uint64_t{s.red} << 32;
   }
 
-  alignas(16) uint8_t counts_[256];
-  uint64_t sums_[256];
-  uint32_t bins_;
-  uint32_t best_;
-  bool stale_;
+  uint8_t* counts_;
+  uint64_t* sums_;
+  size_t width_, stride_, bins_;
 };
+
+// The rounded-half-up mean of n pixels' packed sums, packed red in bits 0-7,
+// green in 8-15, blue in 16-23.
+inline uint32_t meanColour(uint64_t sums, uint32_t n) {
+  auto mean = [n](uint64_t s) { return kReciprocals.divide(static_cast<uint32_t>(s & 0xFFFFu) + n / 2, n); };
+  return mean(sums >> 32) | mean(sums >> 16) << 8 | mean(sums) << 16;
+}
 
 }  // namespace effects::oil

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
 #include "core/scratch.h"
@@ -129,7 +130,7 @@ TEST(StylizeOilPaint, ReciprocalsDivideExactly) {
 }
 
 #if defined(__SSE2__)
-TEST(StylizeOilPaint, VectorScanFindsTheFirstLargest) {
+TEST(StylizeOilPaint, VectorFormsMatchThePlainOnes) {
   alignas(16) uint8_t counts[256];
   uint32_t s = 7;
   for (int round = 0; round < 20000; ++round) {
@@ -144,6 +145,13 @@ TEST(StylizeOilPaint, VectorScanFindsTheFirstLargest) {
     if (round % 3 == 0) counts[bins - 1] = 121;
     ASSERT_EQ(effects::oil::firstLargestSse2(counts, bins), effects::oil::firstLargestPlain(counts, bins))
         << "round " << round;
+    // The strip additions, wrapping as bytes do.
+    uint8_t strip[256], plain[256], vector[256];
+    for (int i = 0; i < 256; ++i) strip[i] = static_cast<uint8_t>(s >> (i % 24)) ^ static_cast<uint8_t>(i);
+    std::memcpy(plain, counts, 256), std::memcpy(vector, counts, 256);
+    effects::oil::addCountsPlain(plain, strip, 256), effects::oil::addCountsSse2(vector, strip, 256);
+    effects::oil::subtractCountsPlain(plain, strip + 16, 240), effects::oil::subtractCountsSse2(vector, strip + 16, 240);
+    ASSERT_EQ(std::memcmp(plain, vector, 256), 0) << "round " << round;
   }
 }
 #endif
