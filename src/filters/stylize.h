@@ -34,6 +34,9 @@ inline void setChosen(P& p, Channels ch, E v) {
 
 inline bool any(Channels ch) { return ch.red || ch.green || ch.blue; }
 
+// min(v + step, last) for 0 <= step, without passing the 32-bit range.
+inline int32_t stepUpTo(int32_t v, int32_t step, int32_t last) { return v > last - step ? last : v + step; }
+
 // e + amount in 64-bit arithmetic, clamped to 0..full.
 template <class L>
 inline typename L::Element addClamped(typename L::Element e, int64_t amount) {
@@ -106,12 +109,12 @@ inline void thatchColumnPass(typename L::Pixel& p) {
 template <class L>
 void thatchPlain(const Picture<typename L::Pixel>& pic) {
   using P = typename L::Pixel;
-  for (int32_t y = 0; y < pic.height(); y += 2) {
-    P* r = pic.row(y);
+  for (int64_t y = 0; y < pic.height(); y += 2) {
+    P* r = pic.row(static_cast<int32_t>(y));
     for (int32_t x = 0; x < pic.width(); ++x) thatchRowPass<L>(r[x]);
   }
   forEachRow(pic, [&](P* r, int32_t) {
-    for (int32_t x = 0; x < pic.width(); x += 2) thatchColumnPass<L>(r[x]);
+    for (int64_t x = 0; x < pic.width(); x += 2) thatchColumnPass<L>(r[x]);
   });
 }
 

@@ -86,8 +86,8 @@ void oilPaint(int32_t width, int32_t height, typename L::Pixel* px, int32_t brus
         const Pixel32* r = source.row(leaving);
         for (size_t x = 0; x < w; ++x) strips.remove(x, r[x]);
       }
-      if (const int32_t entering = y + brush; entering < height) {
-        const Pixel32* r = source.row(entering);
+      if (y < height - brush) {
+        const Pixel32* r = source.row(y + brush);
         for (size_t x = 0; x < w; ++x) strips.add(x, r[x]);
       }
     }
@@ -98,13 +98,12 @@ void oilPaint(int32_t width, int32_t height, typename L::Pixel* px, int32_t brus
       if (x > 0) {
         if (const int32_t leaving = x - brush - 1; leaving >= 0)
           oil::subtractCounts(square, strips.counts(leaving), stride);
-        if (const int32_t entering = x + brush; entering < width)
-          oil::addCounts(square, strips.counts(entering), stride);
+        if (x < width - brush) oil::addCounts(square, strips.counts(x + brush), stride);
       }
       const uint32_t best = oil::firstLargest(square, bins);
       const uint64_t* levelSums = strips.sums(best);
       uint64_t colourSums = 0;
-      for (int32_t u = std::max(x - brush, 0); u <= std::min(x + brush, width - 1); ++u) colourSums += levelSums[u];
+      for (int32_t u = std::max(x - brush, 0); u <= stepUpTo(x, brush, width - 1); ++u) colourSums += levelSums[u];
       const uint32_t colour = oil::meanColour(colourSums, square[best]);
       row[x].red = fromEightBit<L>(colour & 0xFFu);
       row[x].green = fromEightBit<L>((colour >> 8) & 0xFFu);

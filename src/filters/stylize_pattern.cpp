@@ -14,12 +14,13 @@ using namespace stylize;
 
 // ----------------------------------------------------------------- dot grid
 
-// Every second pixel of every second row, from (0, 0).
+// Every `step`-th pixel of every `step`-th row, from (0, 0). The counters
+// are 64-bit so that the last step may pass the 32-bit range.
 template <class P, class F>
-void everySecond(const Picture<P>& pic, F&& f) {
-  for (int32_t y = 0; y < pic.height(); y += 2) {
-    P* r = pic.row(y);
-    for (int32_t x = 0; x < pic.width(); x += 2) f(r[x]);
+void everyNth(const Picture<P>& pic, int32_t columnStep, int32_t rowStep, F&& f) {
+  for (int64_t y = 0; y < pic.height(); y += rowStep) {
+    P* r = pic.row(static_cast<int32_t>(y));
+    for (int64_t x = 0; x < pic.width(); x += columnStep) f(r[x]);
   }
 }
 
@@ -28,14 +29,14 @@ void pixelizer(int32_t width, int32_t height, typename L::Pixel* px, int32_t red
   using P = typename L::Pixel;
   const auto pic = packedPicture(width, height, px);
   if constexpr (L::integer) {
-    everySecond(pic, [=](P& p) {
+    everyNth(pic, 2, 2, [=](P& p) {
       p.red = addClamped<L>(p.red, red);
       p.green = addClamped<L>(p.green, green);
       p.blue = addClamped<L>(p.blue, blue);
     });
   } else {
     const double r = red * k255, g = green * k255, b = blue * k255;
-    everySecond(pic, [=](P& p) {
+    everyNth(pic, 2, 2, [=](P& p) {
       p.red = static_cast<float>(p.red + r);
       p.green = static_cast<float>(p.green + g);
       p.blue = static_cast<float>(p.blue + b);
@@ -66,17 +67,13 @@ void digitalDisplay(int32_t width, int32_t height, typename L::Pixel* px) {
   using E = typename L::Element;
   const auto pic = packedPicture(width, height, px);
   constexpr int32_t rowStep = Kind == 3 ? 1 : 3, columnStep = Kind == 4 ? 1 : 3;
-  for (int32_t y = 0; y < pic.height(); y += rowStep) {
-    auto* r = pic.row(y);
-    for (int32_t x = 0; x < pic.width(); x += columnStep) {
-      auto& p = r[x];
-      if constexpr (std::is_same_v<L, Layout32>) p.green = addClamped<L>(p.green, 150);
-      else if constexpr (std::is_same_v<L, Layout64>) p.green = addClamped<L>(p.green, 19274);
-      else p.green = static_cast<float>(p.green + 0.5882137516403699);
-      p.blue = E(0);
-      p.red = E(0);
-    }
-  }
+  everyNth(pic, columnStep, rowStep, [](typename L::Pixel& p) {
+    if constexpr (std::is_same_v<L, Layout32>) p.green = addClamped<L>(p.green, 150);
+    else if constexpr (std::is_same_v<L, Layout64>) p.green = addClamped<L>(p.green, 19274);
+    else p.green = static_cast<float>(p.green + 0.5882137516403699);
+    p.blue = E(0);
+    p.red = E(0);
+  });
 }
 
 // -------------------------------------------------------------------- thatch

@@ -73,11 +73,11 @@ void diffuse(int32_t width, int32_t height, typename L::Pixel* px, int32_t sprea
       p.red = static_cast<float>(p.red + r);
     }
   };
-  for (int32_t y = 0; y < height; y += 2) {
+  for (int64_t y = 0; y < height; y += 2) {
     for (int32_t x = 0; x < width; ++x) {
       const int32_t dy = truncToInt32(unitDraw(draws) * spread);
       const int32_t dx = truncToInt32(unitDraw(draws) * spread);
-      const int64_t i = (static_cast<int64_t>(y) + dy) * width + (static_cast<int64_t>(x) + dx);
+      const int64_t i = (y + dy) * width + (static_cast<int64_t>(x) + dx);
       if (i >= 0 && i < pixels) speck(px[i]);
     }
   }
@@ -140,8 +140,8 @@ template <class L>
 void drawDrop(const Picture<typename L::Pixel>& pic, const Picture<typename L::Pixel>& under, int32_t cx,
               int32_t cy, int32_t r) {
   using E = typename L::Element;
-  const int32_t x0 = std::max(cx - r, 0), x1 = std::min(cx + r, pic.width() - 1);
-  const int32_t y0 = std::max(cy - r, 0), y1 = std::min(cy + r, pic.height() - 1);
+  const int32_t x0 = std::max(cx - r, 0), x1 = stepUpTo(cx, r, pic.width() - 1);
+  const int32_t y0 = std::max(cy - r, 0), y1 = stepUpTo(cy, r, pic.height() - 1);
   for (int32_t y = y0; y <= y1; ++y)
     for (int32_t x = x0; x <= x1; ++x) under.at(x - cx + r, y - cy + r) = pic.at(x, y);
   const int32_t rr = r * r, spot = r / 3, spotR = r / 4;
