@@ -3,7 +3,6 @@
 // ghosting effects and the diagonal relief.
 #include <type_traits>
 
-#include "core/dispatch.h"
 #include "filters/stylize.h"
 #include "filters/stylize_simd.h"
 
@@ -14,8 +13,8 @@ using namespace stylize;
 
 // ----------------------------------------------------------------- dot grid
 
-// Every `step`-th pixel of every `step`-th row, from (0, 0). The counters
-// are 64-bit so that the last step may pass the 32-bit range.
+// Every columnStep-th pixel of every rowStep-th row, from (0, 0). The
+// counters are 64-bit so that the last step may pass the 32-bit range.
 template <class P, class F>
 void everyNth(const Picture<P>& pic, int32_t columnStep, int32_t rowStep, F&& f) {
   for (int64_t y = 0; y < pic.height(); y += rowStep) {
