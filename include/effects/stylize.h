@@ -38,7 +38,8 @@ EFFECTS_API int32_t EFFECTS_CALL VexoCustomHalftone128(int32_t elementCount, Pix
 /* Three-zone posterize of the chosen channels: below the level's low limit 0,
  * above its high limit full, in between unchanged. level 1..4 gives 50/200,
  * 75/150, 127/128, 200/200 (64 and 128: the same on the 16-bit grid); other
- * levels change nothing. */
+ * levels change nothing. Each element is decided on its value at entry; the
+ * 64 members compare elements read as signed 16-bit values. */
 EFFECTS_API int32_t EFFECTS_CALL VexoPolarPass32(int32_t elementCount, Pixel32* pixels, int32_t level, int32_t channel);
 EFFECTS_API int32_t EFFECTS_CALL VexoPolarPass64(int32_t elementCount, Pixel64* pixels, int32_t level, int32_t channel);
 EFFECTS_API int32_t EFFECTS_CALL VexoPolarPass128(int32_t elementCount, Pixel128* pixels, int32_t level, int32_t channel);
