@@ -42,6 +42,7 @@
 #include "effects/effects.h"
 #include "platform/test_surface.h"
 #include "support/guarded.h"
+#include "support/random_draws.h"
 #include "export_table.h"
 
 namespace effects::test {
@@ -183,7 +184,8 @@ class PreparedCall {
     if (kind != "default" && kind != "wide" && kind != "dark" && kind != "sweep")
       throw std::runtime_error("unknown fill " + kind);
     sweep_ = kind == "sweep";
-    Filler filler(text.has("seed") ? static_cast<uint32_t>(std::stoul(text.at("seed"))) : 1u,
+    seed_ = text.has("seed") ? static_cast<uint32_t>(std::stoul(text.at("seed"))) : 1u;
+    Filler filler(seed_,
                   kind == "wide" ? Filler::Wide : kind == "dark" ? Filler::Dark : Filler::Default);
     const int n = e.paramCount();
     args_.resize(static_cast<size_t>(n));
@@ -200,7 +202,12 @@ class PreparedCall {
   PreparedCall(const PreparedCall&) = delete;
   PreparedCall& operator=(const PreparedCall&) = delete;
 
-  Result run() { return export_.call(args_.data()); }
+  // Seeds this thread's random draws with the row's seed first, so the
+  // random families give the same picture every time.
+  Result run() {
+    seedDraws(seed_);
+    return export_.call(args_.data());
+  }
 
   // An FNV-1a style hash, eight bytes a step (little-endian words, then the
   // tail bytes), over the result, every buffer, every file written and every
@@ -409,6 +416,7 @@ class PreparedCall {
   std::vector<std::string> outputs_;
   std::vector<Surface> surfaces_;
   bool sweep_ = false;
+  uint32_t seed_ = 1;
   EffectsStream stream_{};
   std::unique_ptr<Buffer> streamBytes_;
 };

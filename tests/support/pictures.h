@@ -30,6 +30,13 @@ std::vector<P> pattern(size_t n, uint32_t seed = 1) {
   return v;
 }
 
+// Byte-for-byte equality of two pixel buffers (floats bit for bit); takes a
+// braced list on either side.
+template <class P>
+bool sameBytes(const std::vector<P>& a, const std::vector<P>& b) {
+  return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(P)) == 0);
+}
+
 inline uint32_t bitsOf(float f) { uint32_t u; std::memcpy(&u, &f, 4); return u; }
 
 }  // namespace effects::test
