@@ -7,6 +7,7 @@
 // count is looked at), except the non-zero minimum, which only the float
 // dynamic range resets: elsewhere it keeps whatever the caller left in it.
 #include <cstdint>
+#include <initializer_list>
 
 #include "core/dispatch.h"
 #include "core/layout.h"
@@ -134,8 +135,20 @@ void dynamicRange(int32_t elementCount, const typename L::Pixel* px, Statistics&
   stats.flush();
 }
 
+// Every output an export writes must be there: with one missing, none is
+// written, not even the reset on entry. (Null pixels are an empty picture:
+// the outputs are reset and nothing is measured.)
+inline bool anyMissing(std::initializer_list<const float*> outputs) {
+  for (const float* o : outputs)
+    if (o == nullptr) return true;
+  return false;
+}
+
+// The float histogram never looks at the non-zero minimum, so that one may be
+// null there.
 template <class L>
 int32_t histogramOf(int32_t n, const typename L::Pixel* px, float* hist, float* mn, float* mx, float* nz, float* sum) {
+  if (anyMissing({hist, mn, mx, sum}) || (L::integer && nz == nullptr)) return n;
   if constexpr (!L::integer) {
     Statistics reset(mn, mx, nullptr, sum, false);
     NoStatistics none;
@@ -150,6 +163,7 @@ int32_t histogramOf(int32_t n, const typename L::Pixel* px, float* hist, float* 
 template <class L>
 int32_t channelHistogramOf(int32_t n, const typename L::Pixel* px, float* hist, float* mn, float* mx, float* nz, float* sum,
                            uint8_t channelOffset) {
+  if (anyMissing({hist, mn, mx, nz, sum})) return n;
   Statistics stats(mn, mx, nz, sum, false);
   channelHistogram<L>(n, px, hist, stats, channelOffset);
   return n;
@@ -157,6 +171,7 @@ int32_t channelHistogramOf(int32_t n, const typename L::Pixel* px, float* hist, 
 
 template <class L>
 int32_t dynamicRangeOf(int32_t n, const typename L::Pixel* px, float* mn, float* mx, float* nz, float* sum) {
+  if (anyMissing({mn, mx, sum}) || (!L::integer && nz == nullptr)) return n;
   Statistics stats(mn, mx, nz, sum, nz != nullptr);
   dynamicRange<L>(n, px, stats);
   return n;
