@@ -30,7 +30,7 @@ template <> struct HalftoneLimits<Layout128> {
 // The vector forms do whole vectors, the plain form the rest.
 template <class L, class Limit>
 void thresholdSum(int32_t n, typename L::Pixel* px, Limit dark, Limit bright, Channels ch) {
-  if (n < 1) return;
+  if (n < 1 || px == nullptr) return;
   const size_t count = pixelsForCount(n);
   size_t done = 0;
   if constexpr (std::is_same_v<L, Layout32>) done = sse2::halftone32(px, count, dark, bright, ch);
@@ -97,7 +97,7 @@ template <> struct PolarLimits<Layout128> {
 template <class L>
 void polarPass(int32_t n, typename L::Pixel* px, int32_t level, int32_t channel) {
   const Channels ch = Channels::of(channel);
-  if (n < 1 || level < 1 || level > 4 || !ch.any()) return;
+  if (n < 1 || px == nullptr || level < 1 || level > 4 || !ch.any()) return;
   const auto low = PolarLimits<L>::low[level - 1], high = PolarLimits<L>::high[level - 1];
   const size_t count = pixelsForCount(n);
   size_t done = 0;
