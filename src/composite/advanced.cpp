@@ -65,9 +65,11 @@ int32_t advanced(void* dc, int32_t x, int32_t y, int32_t width, int32_t height,
                  typename L::Pixel* dst, const typename L::Pixel* src, Pixel32* display,
                  uint8_t opacity, int32_t mode, bool flip) {
   using P = typename L::Pixel;
-  if (opacity == 0) return -1;
-  const Weight<L> w(opacity);
   constexpr bool ownPicture = std::is_same_v<P, Pixel32>;
+  if (opacity == 0) return -1;
+  if (missing(width, height, dst) || missing(width, height, src) || (!ownPicture && missing(width, height, display)))
+    return 1;
+  const Weight<L> w(opacity);
   const auto destination = packedPicture(width, height, dst);
   const auto source = packedPicture(width, height, src);
   const auto out = packedPicture(width, height, display);
@@ -111,6 +113,8 @@ int32_t advancedDirect(void* dc, int32_t x, int32_t y, int32_t width, int32_t he
                        int32_t canvasHeight, uint8_t opacity, int32_t mode) {
   if (opacity == 0) return -1;
   if (mode < 0 || mode >= blend::kModeCount) return 0;
+  if (missing(width, height, src) || missing(width, height, display) || missing(canvasWidth, canvasHeight, canvas))
+    return 1;
   const auto p = placeOn(x, y, width, height, src, canvas, canvasWidth, canvasHeight);
   compositeOnCanvas<L>(p, packedPicture(width, height, display), Weight<L>(opacity), mode,
                        ShowDirect{mode == EFFECTS_BLEND_NORMAL});
@@ -148,6 +152,8 @@ int32_t advancedMask(void* dc, int32_t x, int32_t y, int32_t width, int32_t heig
                      const typename L::Pixel* src, typename L::Pixel* canvas, int32_t canvasWidth,
                      int32_t canvasHeight, uint8_t opacity, int32_t mode) {
   if (opacity == 0) return -1;
+  if (missing(width, height, src) || missing(width, height, display) || missing(canvasWidth, canvasHeight, canvas))
+    return 1;
   const auto p = placeOn(x, y, width, height, src, canvas, canvasWidth, canvasHeight);
   const auto out = packedPicture(width, height, display);
   const Weight<L> w(opacity);

@@ -59,6 +59,14 @@ struct Placed {
   Picture<C> canvas;
 };
 
+// A picture the sizes ask for (width and height at least 1) that is not
+// there: a null buffer, or a size whose buffer cannot exist. A call with such
+// a picture has nothing it could do: it touches nothing and presents nothing.
+template <class P>
+inline bool missing(int32_t width, int32_t height, const P* pixels) {
+  return width >= 1 && height >= 1 && packedPicture(width, height, pixels).empty();
+}
+
 template <class R, class C>
 inline Placed<R, C> placeOn(int32_t x, int32_t y, int32_t width, int32_t height, R* region, C* canvas,
                             int32_t canvasWidth, int32_t canvasHeight) {
