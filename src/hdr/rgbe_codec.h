@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 
@@ -73,9 +74,21 @@ inline void decode(const uint8_t in[4], float out[3]) {
   out[2] = static_cast<float>((in[2] + 0.5) * scale);
 }
 
+// The largest float RGB picture a header may describe: what one buffer can
+// span in this address space (PTRDIFF_MAX bytes on 32-bit hosts; 2^47 bytes,
+// the whole user address space of x86-64, on 64-bit ones).
+inline constexpr uint64_t kMaxPictureBytes =
+    sizeof(void*) < 8 ? static_cast<uint64_t>(PTRDIFF_MAX) : uint64_t(1) << 47;
+
+// Whether a width x height float RGB picture stays within kMaxPictureBytes
+// (true for sizes below 1, which need nothing).
+bool sizeFitsHost(int32_t width, int32_t height);
+
 // The header: the "#?" line, lines up to the blank one (one of them must be
 // the exact FORMAT line), then "-Y <height> +X <width>". Problems are printed
-// to the standard error stream and give -1; success gives 0 and the size.
+// to the standard error stream and give -1: a size whose float RGB picture
+// exceeds kMaxPictureBytes is one ("image size too large for this host").
+// Success gives 0 and the size.
 int32_t readHeader(std::FILE* file, int32_t* width, int32_t* height);
 
 // Scans a size line as "-Y %d +X %d" would: returns how many numbers were

@@ -78,9 +78,20 @@ bool readPlane(Source& src, uint8_t* plane, int32_t width) {
   return true;
 }
 
+// The pixels of a width x height float RGB picture, counted in 64 bits: 0 for
+// a size below 1, -1 for a picture whose buffer cannot exist here.
+int64_t floatPixels(int32_t width, int32_t height) {
+  if (width < 1 || height < 1) return 0;
+  if (pixelsOf<Rgb<float>>(width, height) == 0) return -1;
+  return static_cast<int64_t>(width) * height;
+}
+
 template <class Source>
 int32_t readScanlinesFrom(Source& src, float* data, int32_t width, int32_t height) {
-  if (width < 8 || width > 32767) return readFlat(src, data, static_cast<int64_t>(pixelsOf<Rgb<float>>(width, height)));
+  // Without a destination that can hold the picture nothing is read.
+  const int64_t pixels = floatPixels(width, height);
+  if (pixels < 0 || (pixels > 0 && data == nullptr)) return 1;
+  if (width < 8 || width > 32767) return readFlat(src, data, pixels);
   std::vector<uint8_t> planes;  // red, green, blue, exponent: width bytes each
   for (int32_t y = 0; y < height; ++y) {
     float* row = data + static_cast<int64_t>(y) * width * 3;
@@ -145,6 +156,12 @@ int scanSizeLine(const char* line, int32_t* height, int32_t* width) {
   return scanInt(p, width) ? 2 : 1;
 }
 
+bool sizeFitsHost(int32_t width, int32_t height) {
+  if (width < 1 || height < 1) return true;  // nothing to hold
+  const uint64_t bytes = static_cast<uint64_t>(width) * static_cast<uint64_t>(height) * sizeof(Rgb<float>);
+  return bytes <= kMaxPictureBytes;
+}
+
 int32_t readHeader(std::FILE* file, int32_t* width, int32_t* height) {
   char line[kLineSize];
   if (!std::fgets(line, kLineSize, file)) return readError();
@@ -158,6 +175,7 @@ int32_t readHeader(std::FILE* file, int32_t* width, int32_t* height) {
   if (!formatFound) return formatError("no FORMAT specifier found");
   if (!std::fgets(line, kLineSize, file)) return readError();
   if (scanSizeLine(line, height, width) < 2) return formatError("missing image size specifier");
+  if (!sizeFitsHost(*width, *height)) return formatError("image size too large for this host");
   return 0;
 }
 
@@ -167,6 +185,7 @@ int32_t readScanlines(std::FILE* file, float* data, int32_t width, int32_t heigh
 }
 
 int32_t readScanlines(EffectsStream& stream, float* data, int32_t width, int32_t height) {
+  if (stream.bytes == nullptr && stream.size > 0) return 1;  // no bytes where some are promised
   StreamSource src{stream};
   return readScanlinesFrom(src, data, width, height);
 }
@@ -178,6 +197,9 @@ using namespace effects;
 extern "C" {
 
 EFFECTS_API int32_t EFFECTS_CALL RGBE_LoadHDR(const char* fileName, float* data, int32_t width, int32_t height) {
+  // No file name, or no destination for a picture of this size: nothing to do.
+  if (fileName == nullptr || (width >= 1 && height >= 1 && (data == nullptr || pixelsOf<Rgb<float>>(width, height) == 0)))
+    return 0;
   std::FILE* file = std::fopen(fileName, "rb");
   if (!file) { std::perror("RGBE read error"); return 0; }
   int32_t fileWidth = 0, fileHeight = 0;
@@ -187,7 +209,7 @@ EFFECTS_API int32_t EFFECTS_CALL RGBE_LoadHDR(const char* fileName, float* data,
   return 0;
 }
 
-EFFECTS_API int32_t EFFECTS_CALL RGBE_ReadPixels_RLE(EffectsStream* stream, float* data, int32_t width, int32_t height) { return rgbe::readScanlines(*stream, data, width, height); }
+EFFECTS_API int32_t EFFECTS_CALL RGBE_ReadPixels_RLE(EffectsStream* stream, float* data, int32_t width, int32_t height) { return stream ? rgbe::readScanlines(*stream, data, width, height) : 1; }
 
 EFFECTS_API double EFFECTS_CALL ConvertRGBEto128(uint8_t exponent) { return rgbeScale(exponent); }
 
