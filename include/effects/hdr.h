@@ -17,18 +17,31 @@ typedef struct EffectsStream {
 
 /* Writers: the whole file (five header lines, then width x height flat RGBE
  * pixels). `scratch` receives the picture as float red, green, blue
- * (width x height x 3 floats). Return 0; open and write failures are not
- * reported. A width or height below 1 writes the header only. */
+ * (width x height x 3 floats). A width or height below 1 writes the header
+ * only.
+ * The file is written under a temporary name beside fileName and takes its
+ * place only when every byte is written and flushed to disk, so a failed
+ * write (disk full, file-size limit, a folder that cannot be written, a
+ * fileName that is a folder) leaves an existing file exactly as it was and no
+ * temporary file behind. Return 0 when the file was written, and -1 when it
+ * was not (unlike the rest of the library, which reports no errors; earlier
+ * versions returned 0 whatever happened): after such a failure, or without
+ * touching anything when fileName is null or a picture of at least 1 x 1
+ * comes without its pixels or scratch or cannot exist in memory. */
 EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_32(const char* fileName, int32_t width, int32_t height, const Pixel32* pixels, float* scratch);
 EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_64(const char* fileName, int32_t width, int32_t height, const Pixel64* pixels, float* scratch);
 EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_128(const char* fileName, int32_t width, int32_t height, const Pixel128* pixels, float* scratch);
 /* Reads width x height pixels (the caller's size, not the header's) into
  * `data` as float red, green, blue; header problems go to the standard error
- * stream. Returns 0. */
+ * stream, among them a size whose float picture could not be held by this
+ * host (more than 2^47 bytes on 64-bit hosts, PTRDIFF_MAX on 32-bit ones).
+ * Returns 0. A null fileName, or no `data` for a picture of at least 1 x 1,
+ * reads nothing. */
 EFFECTS_API int32_t EFFECTS_CALL RGBE_LoadHDR(const char* fileName, float* data, int32_t width, int32_t height);
 /* Run-length (or flat) scanlines from `stream`: 0 on success, 1 on a failure
  * or when the data turned out to be flat. Never writes past width x height
- * x 3 floats. */
+ * x 3 floats. A null stream, a stream whose bytes are null, or no `data` for
+ * a picture of at least 1 x 1 reads nothing and gives 1. */
 EFFECTS_API int32_t EFFECTS_CALL RGBE_ReadPixels_RLE(EffectsStream* stream, float* data, int32_t width, int32_t height);
 /* In-memory encoders: one red, green, blue, exponent quadruple per pixel,
  * mantissas rounded to nearest (a mantissa of 256 is stored as 0). Return
@@ -52,7 +65,11 @@ EFFECTS_API int32_t EFFECTS_CALL CallToneMappingOptions(const char* pluginPath, 
 
 /* The VXL layer file: a 16-byte little-endian header (1976, 1000, the low 16
  * bits of info1 and info2, then width and height as 32-bit values) followed
- * by the pixels exactly as they lie in memory. Return 0. */
+ * by the pixels exactly as they lie in memory. Written like the RGBE files:
+ * under a temporary name that replaces fileName only when complete. Return
+ * 0 when the file was written, -1 when it was not (earlier versions returned
+ * 0 whatever happened), or without touching anything for a null fileName or
+ * null pixels where width * 4 * height is above 0. */
 EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile32(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel32* pixels); /* width * 4 * height elements */
 EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile64(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel64* pixels); /* width * 4 * height elements */
 EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile128(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel128* pixels); /* width * 4 * height elements */

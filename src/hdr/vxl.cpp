@@ -1,10 +1,12 @@
 // The VXL layer file: a 16-byte little-endian header, then the pixel buffer
 // exactly as it lies in memory.
+#include <cstddef>
 #include <cstdio>
 
 #include "core/layout.h"
 #include "core/numeric.h"
 #include "core/picture.h"
+#include "platform/replacing_file.h"
 
 namespace effects {
 namespace {
@@ -18,14 +20,21 @@ void put32(uint8_t* at, uint32_t v) {
   put16(at + 2, v >> 16);
 }
 
+// The whole file goes to a temporary file beside fileName, which replaces it
+// only once every byte is written: 0 then, -1 when anything failed (an
+// existing file stays as it was). Pixels the sizes ask for that are not
+// there, or no file name, are refused before anything is touched.
 template <class L>
-void saveVxl(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2,
-             const typename L::Pixel* pixels) {
+int32_t saveVxl(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2,
+                const typename L::Pixel* pixels) {
+  using E = typename L::Element;
   // A quarter of the element count width * 4 * height, formed in wrapping
   // 32-bit arithmetic: the pixels go out in four pieces of n elements.
   const int32_t n = divTrunc(wrappedElementCount(static_cast<uint32_t>(width), static_cast<uint32_t>(height)), 4);
-  std::FILE* f = std::fopen(fileName, "wb");
-  if (!f) return;
+  const bool fits = n <= 0 || static_cast<uint64_t>(n) <= static_cast<uint64_t>(PTRDIFF_MAX) / (4 * sizeof(E));
+  if (fileName == nullptr || (n > 0 && (pixels == nullptr || !fits))) return -1;
+  platform::ReplacingFile out(fileName);
+  if (!out.ok()) return -1;
   // Signatures first, then the caller's two values, then the size: not the
   // order of the arguments.
   uint8_t header[16];
@@ -35,13 +44,13 @@ void saveVxl(const char* fileName, int32_t width, int32_t height, int32_t info1,
   put16(header + 6, static_cast<uint32_t>(info2));
   put32(header + 8, static_cast<uint32_t>(width));
   put32(header + 12, static_cast<uint32_t>(height));
-  std::fwrite(header, 1, sizeof header, f);
+  out.write(header, sizeof header);
   if (n > 0) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(pixels);
-    const size_t piece = static_cast<size_t>(n) * sizeof(typename L::Element);
-    for (int k = 0; k < 4; ++k) std::fwrite(bytes + k * piece, sizeof(typename L::Element), static_cast<size_t>(n), f);
+    const size_t piece = static_cast<size_t>(n) * sizeof(E);
+    for (int k = 0; k < 4; ++k) out.write(bytes + k * piece, piece);
   }
-  std::fclose(f);
+  return out.commit();
 }
 
 }  // namespace
@@ -51,8 +60,8 @@ using namespace effects;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile32(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel32* pixels) { saveVxl<Layout32>(fileName, width, height, info1, info2, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile64(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel64* pixels) { saveVxl<Layout64>(fileName, width, height, info1, info2, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile128(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel128* pixels) { saveVxl<Layout128>(fileName, width, height, info1, info2, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile32(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel32* pixels) { return saveVxl<Layout32>(fileName, width, height, info1, info2, pixels); }
+EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile64(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel64* pixels) { return saveVxl<Layout64>(fileName, width, height, info1, info2, pixels); }
+EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile128(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel128* pixels) { return saveVxl<Layout128>(fileName, width, height, info1, info2, pixels); }
 
 }  // extern "C"
