@@ -13,9 +13,15 @@
 //                                           (pixel32, pixel64, pixel128, u8, u16,
 //                                           i32, f32) passed as a pointer value
 //   stream=@data:rgbe/x.hdr                 a stream positioned after the header
+//   stream=@nullbytes                       a stream of 64 bytes at a null address
 //   hdc=@surface:40x30                      a device context with a bitmap
+//   name=@null                              a null pointer (any pointer parameter)
+//   fileName=@dir, fileName=@missing        an existing folder; a file in a folder
+//                                           that does not exist
 // Buffer sizes follow the export's size parameters; `name.count=N` sets a
-// buffer's element count. `fill=wide` fills 16-bit buffers over the whole
+// buffer's element count. A buffer whose size cannot exist in this address
+// space gets one element and is marked impossible; one above kReserveAbove
+// bytes is reserved (GuardedBytes::reserved), not filled. `fill=wide` fills 16-bit buffers over the whole
 // 16-bit range and float buffers with extreme and special values as well;
 // `fill=dark` keeps every element in the lowest quarter of its range.
 // `fill=sweep` makes the 8-bit pictures an exhaustive sweep: pixel i of a
@@ -122,6 +128,8 @@ struct Buffer {
   std::string name;
   Type element;  // U8, U16, F32, I32 or a pixel pointer type
   GuardedBytes memory;
+  bool impossible = false;  // stands in for a buffer that cannot exist
+  bool reserved() const { return memory.aliased(); }
   uint8_t* data() const { return memory.data(); }
   size_t size() const { return memory.size(); }
 };
@@ -163,6 +171,14 @@ inline size_t perPixel(const std::string& name, size_t* fixed) {
   return 0;
 }
 
+// Buffers above this many bytes are reserved rather than allocated and filled.
+inline constexpr uint64_t kReserveAbove = uint64_t(256) << 20;
+
+// a x b, or UINT64_MAX when that does not fit.
+inline uint64_t productOrMax(uint64_t a, uint64_t b) {
+  return (a != 0 && b > UINT64_MAX / a) ? UINT64_MAX : a * b;
+}
+
 inline std::string dataPath(const std::string& rel) { return std::string(EFFECTS_TEST_DATA_DIR) + "/" + rel; }
 
 inline std::vector<uint8_t> readFile(const std::string& path) {
@@ -176,10 +192,19 @@ inline std::vector<uint8_t> readFile(const std::string& path) {
   return out;
 }
 
+// Thrown while preparing a call that needs a reservation of many gigabytes
+// when the caller said it does not want one.
+struct ReservationRefused : std::runtime_error {
+  ReservationRefused() : std::runtime_error("the call needs a reservation of many gigabytes") {}
+};
+
 // One prepared call: the arguments and everything they point to.
 class PreparedCall {
  public:
-  PreparedCall(const Export& e, const CallText& text) : export_(e), text_(text) {
+  // `reserve` false makes a call that needs a reservation throw
+  // ReservationRefused instead of making it.
+  PreparedCall(const Export& e, const CallText& text, bool reserve = true)
+      : export_(e), text_(text), reserve_(reserve) {
     const std::string kind = text.has("fill") ? text.at("fill") : "default";
     if (kind != "default" && kind != "wide" && kind != "dark" && kind != "sweep")
       throw std::runtime_error("unknown fill " + kind);
@@ -198,6 +223,8 @@ class PreparedCall {
   }
   ~PreparedCall() {
     for (const auto& f : outputs_) std::remove(f.c_str());
+    std::error_code ignored;
+    for (const auto& d : folders_) std::filesystem::remove_all(d, ignored);
   }
   PreparedCall(const PreparedCall&) = delete;
   PreparedCall& operator=(const PreparedCall&) = delete;
@@ -248,14 +275,25 @@ class PreparedCall {
   }
   bool hasParam(const char* name) const { return export_.find(name) >= 0; }
 
-  // Elements of the pixel buffer `name` from the export's size parameters.
-  size_t pixelsOf(const std::string& name) const {
-    if (text_.has(name + ".count")) return std::stoul(text_.at(name + ".count"));
-    auto product = [](int64_t w, int64_t h) -> size_t { return (w < 1 || h < 1) ? 0 : size_t(w) * size_t(h); };
+  // A width or height as the export receives it: the low 32 bits, signed;
+  // an unsigned one above INT32_MAX is no size that can exist (0).
+  int64_t sizeValue(const std::string& name) const {
+    const auto v = static_cast<uint32_t>(static_cast<uint64_t>(integer(name)));
+    if (export_.params[export_.find(name)].type == Type::U32) return v > uint32_t(INT32_MAX) ? 0 : v;
+    return static_cast<int32_t>(v);
+  }
+
+  // Pixels of the buffer `name` from the export's size parameters (UINT64_MAX
+  // when the count does not fit 64 bits).
+  uint64_t pixelsOf(const std::string& name) const {
+    if (text_.has(name + ".count")) return std::stoull(text_.at(name + ".count"));
+    auto product = [](int64_t w, int64_t h) -> uint64_t {
+      return (w < 1 || h < 1) ? 0 : productOrMax(uint64_t(w), uint64_t(h));
+    };
     const std::string w = name + "Width", h = name + "Height";
-    if (hasParam(w.c_str()) && hasParam(h.c_str())) return product(integer(w), integer(h));
+    if (hasParam(w.c_str()) && hasParam(h.c_str())) return product(sizeValue(w), sizeValue(h));
     if (export_.size == table::SizeRule::Wrapped) return wrappedPixels();
-    if (hasParam("width") && hasParam("height")) return product(integer("width"), integer("height"));
+    if (hasParam("width") && hasParam("height")) return product(sizeValue("width"), sizeValue("height"));
     if (hasParam("elementCount")) {
       const int64_t c = static_cast<int32_t>(integer("elementCount"));
       return c < 1 ? 0 : (static_cast<uint32_t>(c - 1) >> 2) + 1;
@@ -271,27 +309,69 @@ class PreparedCall {
   }
 
  public:
+  // Whether a buffer the sizes imply cannot exist in this address space.
+  bool impossibleSizes() const {
+    for (const auto& b : buffers_)
+      if (b->impossible) return true;
+    return false;
+  }
+  // Whether a buffer is a reservation of many gigabytes (a long walk).
+  bool reservedBuffers() const {
+    for (const auto& b : buffers_)
+      if (b->reserved()) return true;
+    return false;
+  }
+  // The files the call writes (`@out`), in parameter order.
+  const std::vector<std::string>& outputs() const { return outputs_; }
+  // The folders made for `@dir` and `@missing`: each holds only "dir".
+  const std::vector<std::string>& folders() const { return folders_; }
+  // Every pixel of every device bitmap, in parameter order.
+  std::vector<uint32_t> surfacePixels() const {
+    std::vector<uint32_t> out;
+    for (const auto& s : surfaces_)
+      for (int32_t y = 0; y < s.height; ++y)
+        for (int32_t x = 0; x < s.width; ++x) out.push_back(s.surface->at(x, y));
+    return out;
+  }
+
   // Whether the call's sizes describe no pixel at all.
   bool emptySizes() const {
     switch (export_.size) {
       case table::SizeRule::Wrapped: return wrappedPixels() == 0;
       case table::SizeRule::None: return false;
       default:
-        for (const auto& b : buffers_)
-          if (b->element == Type::Pixel32Ptr || b->element == Type::Pixel64Ptr || b->element == Type::Pixel128Ptr)
-            if (pixelsOf(b->name) != 0) return false;
+        for (const auto& b : buffers_) {
+          size_t fixed;
+          const bool sized = b->element == Type::Pixel32Ptr || b->element == Type::Pixel64Ptr ||
+                             b->element == Type::Pixel128Ptr || perPixel(b->name, &fixed) != 0;
+          if (sized && pixelsOf(b->name) != 0) return false;
+        }
         return true;
     }
   }
 
  private:
-  Buffer& newBuffer(const std::string& name, Type element, size_t count, Filler& f) {
+  Buffer& newBuffer(const std::string& name, Type element, uint64_t count, Filler& f) {
     auto b = std::make_unique<Buffer>();
     b->name = name;
     b->element = element;
-    b->memory = GuardedBytes(std::max<size_t>(count, 1) * elementBytes(element));
-    if (sweep_ && element == Type::Pixel32Ptr) sweepFill(*b);
-    else fill(*b, f);
+    const uint64_t bytes = productOrMax(std::max<uint64_t>(count, 1), elementBytes(element));
+    if (bytes > uint64_t(PTRDIFF_MAX)) {
+      b->impossible = true;
+      b->memory = GuardedBytes(elementBytes(element));
+    } else if (bytes > kReserveAbove) {
+      if (!reserve_) throw ReservationRefused();
+      b->memory = GuardedBytes::reserved(static_cast<size_t>(bytes));
+    } else {
+      b->memory = GuardedBytes(static_cast<size_t>(bytes));
+    }
+    if (b->reserved()) {
+      // left as it is: filling would touch every page
+    } else if (sweep_ && element == Type::Pixel32Ptr) {
+      sweepFill(*b);
+    } else {
+      fill(*b, f);
+    }
     buffers_.push_back(std::move(b));
     return *buffers_.back();
   }
@@ -318,6 +398,10 @@ class PreparedCall {
   void prepare(const Param& p, Arg& a, Filler& f) {
     const std::string name = p.name;
     const std::string value = text_.has(name) ? text_.at(name) : "";
+    if (value == "@null") {
+      a.p = nullptr;
+      return;
+    }
     if (value.rfind("@buf:", 0) == 0) {
       const auto colon = value.find(':', 5);
       Buffer& b = newBuffer(name, typeNamed(value.substr(5, colon - 5)), std::stoul(value.substr(colon + 1)), f);
@@ -332,9 +416,9 @@ class PreparedCall {
       case Type::U8Ptr: case Type::U16Ptr: case Type::F32Ptr: {
         size_t fixed;
         const size_t per = perPixel(name, &fixed);
-        size_t count = fixed;
-        if (text_.has(name + ".count")) count = std::stoul(text_.at(name + ".count"));
-        else if (per) count = per * pixelsOf(name);
+        uint64_t count = fixed;
+        if (text_.has(name + ".count")) count = std::stoull(text_.at(name + ".count"));
+        else if (per) count = productOrMax(per, pixelsOf(name));
         a.p = newBuffer(name, p.type, count, f).data();
         return;
       }
@@ -347,6 +431,12 @@ class PreparedCall {
           outputs_.push_back(path);
         } else if (value.rfind("@data:", 0) == 0) {
           path = dataPath(value.substr(6));
+        } else if (value == "@dir" || value == "@missing") {
+          path = (std::filesystem::temp_directory_path() /
+                  ("effects_call_" + std::to_string(reinterpret_cast<uintptr_t>(this)) + "_" + name)).string();
+          std::filesystem::create_directories(path + "/dir");
+          folders_.push_back(path);
+          path += value == "@dir" ? "/dir" : "/missing/file";
         } else if (value.rfind("@plugin:", 0) == 0) {
           path = std::string(EFFECTS_PLUGIN_DIR) + "/" + value.substr(8) + EFFECTS_PLUGIN_SUFFIX;
         } else {
@@ -357,6 +447,11 @@ class PreparedCall {
         return;
       }
       case Type::StreamPtr: {
+        if (value == "@nullbytes") {
+          stream_ = EffectsStream{nullptr, 64, 0};
+          a.p = &stream_;
+          return;
+        }
         if (value.rfind("@data:", 0) != 0) throw std::runtime_error("stream wants @data:file");
         const auto file = readFile(dataPath(value.substr(6)));
         auto b = std::make_unique<Buffer>();
@@ -414,8 +509,10 @@ class PreparedCall {
   std::vector<std::unique_ptr<Buffer>> buffers_;
   std::vector<std::unique_ptr<std::string>> texts_;
   std::vector<std::string> outputs_;
+  std::vector<std::string> folders_;  // made for @dir and @missing
   std::vector<Surface> surfaces_;
   bool sweep_ = false;
+  bool reserve_ = true;
   uint32_t seed_ = 1;
   EffectsStream stream_{};
   std::unique_ptr<Buffer> streamBytes_;
