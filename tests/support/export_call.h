@@ -32,6 +32,7 @@
 // meets in the blue elements.
 #pragma once
 
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -179,6 +180,18 @@ inline uint64_t productOrMax(uint64_t a, uint64_t b) {
   return (a != 0 && b > UINT64_MAX / a) ? UINT64_MAX : a * b;
 }
 
+// A file name no other call of any process makes: the process number and a
+// count (addresses repeat from run to run, and a crashed run leaves its files).
+inline std::string uniqueName() {
+  static std::atomic<unsigned> made{0};
+#if defined(_WIN32)
+  const long process = static_cast<long>(GetCurrentProcessId());
+#else
+  const long process = static_cast<long>(getpid());
+#endif
+  return "effects_call_" + std::to_string(process) + "_" + std::to_string(made++);
+}
+
 inline std::string dataPath(const std::string& rel) { return std::string(EFFECTS_TEST_DATA_DIR) + "/" + rel; }
 
 inline std::vector<uint8_t> readFile(const std::string& path) {
@@ -192,19 +205,19 @@ inline std::vector<uint8_t> readFile(const std::string& path) {
   return out;
 }
 
-// Thrown while preparing a call that needs a reservation of many gigabytes
-// when the caller said it does not want one.
-struct ReservationRefused : std::runtime_error {
-  ReservationRefused() : std::runtime_error("the call needs a reservation of many gigabytes") {}
+// Thrown while preparing a call that needs a buffer larger than the caller
+// allows.
+struct BufferTooLarge : std::runtime_error {
+  BufferTooLarge() : std::runtime_error("the call needs a larger buffer than allowed") {}
 };
 
 // One prepared call: the arguments and everything they point to.
 class PreparedCall {
  public:
-  // `reserve` false makes a call that needs a reservation throw
-  // ReservationRefused instead of making it.
-  PreparedCall(const Export& e, const CallText& text, bool reserve = true)
-      : export_(e), text_(text), reserve_(reserve) {
+  // A buffer of more than `largest` bytes (that can exist) makes the
+  // constructor throw BufferTooLarge.
+  PreparedCall(const Export& e, const CallText& text, uint64_t largest = UINT64_MAX)
+      : export_(e), text_(text), largest_(largest) {
     const std::string kind = text.has("fill") ? text.at("fill") : "default";
     if (kind != "default" && kind != "wide" && kind != "dark" && kind != "sweep")
       throw std::runtime_error("unknown fill " + kind);
@@ -214,18 +227,19 @@ class PreparedCall {
                   kind == "wide" ? Filler::Wide : kind == "dark" ? Filler::Dark : Filler::Default);
     const int n = e.paramCount();
     args_.resize(static_cast<size_t>(n));
-    for (int i = 0; i < n; ++i) prepare(e.params[i], args_[static_cast<size_t>(i)], filler);
+    try {
+      for (int i = 0; i < n; ++i) prepare(e.params[i], args_[static_cast<size_t>(i)], filler);
+    } catch (...) {
+      removeFiles();  // the destructor does not run for a constructor that throws
+      throw;
+    }
     for (const auto& kv : text.values) {
       const std::string base = kv.first.substr(0, kv.first.find('.'));
       if (base != "seed" && base != "fill" && e.find(base) < 0)
         throw std::runtime_error(std::string(e.name) + " has no parameter '" + base + "'");
     }
   }
-  ~PreparedCall() {
-    for (const auto& f : outputs_) std::remove(f.c_str());
-    std::error_code ignored;
-    for (const auto& d : folders_) std::filesystem::remove_all(d, ignored);
-  }
+  ~PreparedCall() { removeFiles(); }
   PreparedCall(const PreparedCall&) = delete;
   PreparedCall& operator=(const PreparedCall&) = delete;
 
@@ -268,6 +282,12 @@ class PreparedCall {
   const Export& target() const { return export_; }
 
  private:
+  void removeFiles() {
+    for (const auto& f : outputs_) std::remove(f.c_str());
+    std::error_code ignored;
+    for (const auto& d : folders_) std::filesystem::remove_all(d, ignored);
+  }
+
   int64_t integer(const std::string& name) const {
     const int i = export_.find(name);
     if (i < 0) throw std::runtime_error("no parameter " + name);
@@ -359,8 +379,9 @@ class PreparedCall {
     if (bytes > uint64_t(PTRDIFF_MAX)) {
       b->impossible = true;
       b->memory = GuardedBytes(elementBytes(element));
+    } else if (bytes > largest_) {
+      throw BufferTooLarge();
     } else if (bytes > kReserveAbove) {
-      if (!reserve_) throw ReservationRefused();
       b->memory = GuardedBytes::reserved(static_cast<size_t>(bytes));
     } else {
       b->memory = GuardedBytes(static_cast<size_t>(bytes));
@@ -426,14 +447,14 @@ class PreparedCall {
         std::string path;
         if (value == "@out") {
           path = (std::filesystem::temp_directory_path() /
-                  ("effects_call_" + std::to_string(reinterpret_cast<uintptr_t>(this)) + "_" + name)).string();
+                  (uniqueName() + "_" + name)).string();
           std::remove(path.c_str());
           outputs_.push_back(path);
         } else if (value.rfind("@data:", 0) == 0) {
           path = dataPath(value.substr(6));
         } else if (value == "@dir" || value == "@missing") {
           path = (std::filesystem::temp_directory_path() /
-                  ("effects_call_" + std::to_string(reinterpret_cast<uintptr_t>(this)) + "_" + name)).string();
+                  (uniqueName() + "_" + name)).string();
           std::filesystem::create_directories(path + "/dir");
           folders_.push_back(path);
           path += value == "@dir" ? "/dir" : "/missing/file";
@@ -458,7 +479,7 @@ class PreparedCall {
         b->name = name;
         b->element = Type::U8;
         b->memory = GuardedBytes(file.size());
-        std::memcpy(b->data(), file.data(), file.size());
+        if (!file.empty()) std::memcpy(b->data(), file.data(), file.size());
         // The reader starts after the header's size line.
         const std::string bytes(file.begin(), file.end());
         const auto size = bytes.find("\n-Y ");
@@ -512,7 +533,7 @@ class PreparedCall {
   std::vector<std::string> folders_;  // made for @dir and @missing
   std::vector<Surface> surfaces_;
   bool sweep_ = false;
-  bool reserve_ = true;
+  uint64_t largest_ = UINT64_MAX;
   uint32_t seed_ = 1;
   EffectsStream stream_{};
   std::unique_ptr<Buffer> streamBytes_;

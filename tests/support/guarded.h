@@ -3,6 +3,10 @@
 // faults at once, natively and under Wine alike (where there is no
 // AddressSanitizer).
 //
+// Under AddressSanitizer the bytes come from the heap instead: its red zones
+// catch the same accesses (and those before the first element), without a
+// fresh mapping per buffer.
+//
 // GuardedBytes::reserved makes buffers of many gigabytes for the calls whose
 // sizes imply them: the address range is real and ends at a guard page, but
 // it is one small block of memory mapped again and again, so an export that
@@ -25,12 +29,24 @@
 #include <unistd.h>
 #endif
 
+#if defined(__SANITIZE_ADDRESS__)
+#define EFFECTS_GUARDED_ON_HEAP 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define EFFECTS_GUARDED_ON_HEAP 1
+#endif
+#endif
+
 namespace effects::test {
 
 class GuardedBytes {
  public:
   GuardedBytes() = default;
   explicit GuardedBytes(size_t size) : size_(size) {
+#if defined(EFFECTS_GUARDED_ON_HEAP)
+    heap_ = new uint8_t[size == 0 ? 1 : size];
+    data_ = heap_;
+#else
     const size_t page = pageSize();
     const size_t dataPages = (size + page - 1) / page;
     total_ = (dataPages + 1) * page;
@@ -46,6 +62,7 @@ class GuardedBytes {
     mprotect(base_ + dataPages * page, page, PROT_NONE);
 #endif
     data_ = base_ + dataPages * page - size;
+#endif
   }
   // `size` bytes of address space ending at a guard page, backed by one
   // block of kAliasBlock bytes mapped over and over (POSIX only). Throws
@@ -91,7 +108,8 @@ class GuardedBytes {
     if (this != &o) {
       release();
       base_ = o.base_; data_ = o.data_; size_ = o.size_; total_ = o.total_; aliased_ = o.aliased_;
-      o.base_ = o.data_ = nullptr;
+      heap_ = o.heap_;
+      o.base_ = o.data_ = o.heap_ = nullptr;
       o.size_ = o.total_ = 0;
       o.aliased_ = false;
     }
@@ -116,7 +134,12 @@ class GuardedBytes {
 #endif
   }
   void release() {
-    if (!base_) return;
+    delete[] heap_;
+    heap_ = nullptr;
+    if (!base_) {
+      data_ = nullptr;
+      return;
+    }
 #if defined(_WIN32)
     VirtualFree(base_, 0, MEM_RELEASE);
 #else
@@ -126,6 +149,7 @@ class GuardedBytes {
   }
   uint8_t* base_ = nullptr;
   uint8_t* data_ = nullptr;
+  uint8_t* heap_ = nullptr;  // the bytes, when they come from the heap
   size_t size_ = 0, total_ = 0;
   bool aliased_ = false;
 };
