@@ -1,6 +1,7 @@
 #include "platform/replacing_file.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdlib>
 
@@ -11,7 +12,6 @@
 #include <sys/stat.h>
 #include <windows.h>
 #else
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>

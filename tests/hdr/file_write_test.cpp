@@ -4,6 +4,7 @@
 // process (POSIX), a target that is a folder, a folder that does not exist.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
