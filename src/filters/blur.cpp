@@ -1,0 +1,282 @@
+// The box blurs and the soften: the 3x3 soften and its mask form, the glow
+// blur, the matte blur and blooming.
+#include "filters/blur.h"
+
+#include <limits>
+
+#include "core/dispatch.h"
+#include "filters/soften.h"
+
+namespace effects::filters {
+
+// ---------------------------------------------------------------- box blurs
+
+namespace {
+
+// The divisions of the box blurs: truncating integer division by the count
+// in the integer layouts. The float layout's scale is chosen per family.
+template <class L, int32_t Count>
+inline typename L::Element boxAverage(int32_t sum) {
+  return static_cast<typename L::Element>(sum / Count);
+}
+
+// The glow blur's float scales, written as the double constants they are.
+template <int32_t R>
+inline constexpr double kGlowScale = R == 3 ? 0.020408163 : 0.11111111;
+
+// Whether the glow blur takes the 7x7 box for a pixel of brightness b:
+// above 127, 16383, 0.5.
+template <class L, class B>
+inline bool glowsWide(B b) {
+  if constexpr (L::integer) return b > fullInt<L> / 2;
+  else return b > 0.5f;
+}
+
+template <class L, int32_t R>
+inline void storeGlow(typename L::Pixel& p, const Sum3<L>& s) {
+  constexpr int32_t count = (2 * R + 1) * (2 * R + 1);
+  if constexpr (L::integer) {
+    p.blue = boxAverage<L, count>(s.blue);
+    p.green = boxAverage<L, count>(s.green);
+    p.red = boxAverage<L, count>(s.red);
+  } else {
+    p.blue = static_cast<float>(s.blue * kGlowScale<R>);
+    p.green = static_cast<float>(s.green * kGlowScale<R>);
+    p.red = static_cast<float>(s.red * kGlowScale<R>);
+  }
+}
+
+}  // namespace
+
+template <class L>
+void glowBlurReference(const Picture<typename L::Pixel>& pic) {
+  using P = typename L::Pixel;
+  const auto rowOf = [&pic](int32_t y) { return pic.row(y); };
+  const auto all = [](const P& s) -> const P& { return s; };
+  feedForward(pic, [&](P& p, int32_t x, int32_t y) {
+    const P centre = p;
+    if (glowsWide<L>(brightness<L>(centre)))
+      storeGlow<L, 3>(p, boxSum<L>(rowOf, pic.width(), pic.height(), x, y, 3, centre, all));
+    else
+      storeGlow<L, 1>(p, boxSum<L>(rowOf, pic.width(), pic.height(), x, y, 1, centre, all));
+  });
+}
+
+template <class L>
+bool glowBlur(const Picture<typename L::Pixel>& pic) {
+  using P = typename L::Pixel;
+  if constexpr (!L::integer) {
+    glowBlurReference<L>(pic);
+    return true;
+  } else {
+    FeedForwardBoxSums<L> narrow(pic, 1, ScratchSlot::First), wide(pic, 3, ScratchSlot::Second);
+    if (!narrow.ok() || !wide.ok()) return false;
+    for (int32_t y = 0; y < pic.height(); ++y) {
+      narrow.beginRow(y);
+      wide.beginRow(y);
+      P* row = pic.row(y);
+      for (int32_t x = 0; x < pic.width(); ++x) {
+        const P before = row[x];
+        if (glowsWide<L>(brightness<L>(before))) storeGlow<L, 3>(row[x], wide.at(x, before));
+        else storeGlow<L, 1>(row[x], narrow.at(x, before));
+        narrow.advance(x, before, row[x]);
+        wide.advance(x, before, row[x]);
+      }
+    }
+    return true;
+  }
+}
+
+namespace {
+
+// The matte blur's divisor: truncating division by the box count in the
+// integer layouts, multiplication by 1/count in single precision in the
+// float layout.
+template <class L, int32_t R>
+inline void storeMatte(typename L::Pixel& p, const Sum3<L>& s) {
+  constexpr int32_t count = (2 * R + 1) * (2 * R + 1);
+  if constexpr (L::integer) {
+    p.blue = boxAverage<L, count>(s.blue);
+    p.green = boxAverage<L, count>(s.green);
+    p.red = boxAverage<L, count>(s.red);
+  } else {
+    constexpr float scale = 1.0f / static_cast<float>(count);
+    p.blue = s.blue * scale;
+    p.green = s.green * scale;
+    p.red = s.red * scale;
+  }
+}
+
+// The brightness window c - threshold .. c + threshold (inclusive), formed
+// without overflow in the integer layouts; the float layout converts the
+// threshold to float and forms the bounds in single precision.
+template <class L>
+struct BrightnessWindow {
+  using B = decltype(brightness<L>(typename L::Pixel{}));
+  std::conditional_t<L::integer, int64_t, float> low, high;
+  BrightnessWindow(B centre, int32_t threshold) {
+    if constexpr (L::integer) {
+      low = static_cast<int64_t>(centre) - threshold;
+      high = static_cast<int64_t>(centre) + threshold;
+    } else {
+      const float t = static_cast<float>(threshold);
+      low = centre - t;
+      high = centre + t;
+    }
+  }
+  bool admits(B s) const { return !(s < low || s > high); }
+};
+
+template <class L, int32_t R>
+void matteReference(const Picture<typename L::Pixel>& pic, int32_t threshold, bool useThreshold) {
+  using P = typename L::Pixel;
+  const auto rowOf = [&pic](int32_t y) { return pic.row(y); };
+  feedForward(pic, [&](P& p, int32_t x, int32_t y) {
+    const P centre = p;
+    const BrightnessWindow<L> window(brightness<L>(centre), threshold);
+    const auto take = [&](const P& s) -> const P& {
+      return !useThreshold || window.admits(brightness<L>(s)) ? s : centre;
+    };
+    storeMatte<L, R>(p, boxSum<L>(rowOf, pic.width(), pic.height(), x, y, R, centre, take));
+  });
+}
+
+template <class L, int32_t R>
+bool matteSliding(const Picture<typename L::Pixel>& pic) {
+  using P = typename L::Pixel;
+  FeedForwardBoxSums<L> box(pic, R, ScratchSlot::First);
+  if (!box.ok()) return false;
+  for (int32_t y = 0; y < pic.height(); ++y) {
+    box.beginRow(y);
+    P* row = pic.row(y);
+    for (int32_t x = 0; x < pic.width(); ++x) {
+      const P before = row[x];
+      storeMatte<L, R>(row[x], box.at(x, before));
+      box.advance(x, before, row[x]);
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+template <class L>
+void matteBlurReference(const Picture<typename L::Pixel>& pic, int32_t radius, int32_t threshold,
+                        int32_t useThreshold) {
+  if (radius < 1) return;
+  withValue<1, 10>(radius > 10 ? 10 : radius,
+                   [&](auto r) { matteReference<L, r()>(pic, threshold, useThreshold != 0); });
+}
+
+template <class L>
+bool matteBlur(const Picture<typename L::Pixel>& pic, int32_t radius, int32_t threshold, int32_t useThreshold) {
+  if (radius < 1) return true;
+  bool ok = true;
+  withValue<1, 10>(radius > 10 ? 10 : radius, [&](auto r) {
+    if constexpr (L::integer) {
+      // Brightness lies in 0 .. 3 x full / 3, so a threshold of that much
+      // admits every sample, and then the integer sums may slide. A negative
+      // threshold admits none: every sample is the centre, whose average is
+      // itself.
+      if (useThreshold == 0 || threshold >= static_cast<int32_t>(std::numeric_limits<typename L::Element>::max()))
+        ok = matteSliding<L, r()>(pic);
+      else if (threshold >= 0)
+        matteReference<L, r()>(pic, threshold, true);
+    } else {
+      matteReference<L, r()>(pic, threshold, useThreshold != 0);
+    }
+  });
+  return ok;
+}
+
+// ----------------------------------------------------------------- blooming
+
+template <class L>
+bool blooming(const Picture<typename L::Pixel>& pic, int32_t passes) {
+  using P = typename L::Pixel;
+  using E = typename L::Element;
+  if (pic.empty()) return true;
+  const Picture<P> map = scratchPicture<P>(pic.width(), pic.height(), ScratchSlot::Third);
+  if (map.empty()) return false;
+  // The bright map: full where any colour is near white, 0 elsewhere; the
+  // mask element keeps the picture's.
+  for (int32_t y = 0; y < pic.height(); ++y) {
+    const P* src = pic.row(y);
+    P* m = map.row(y);
+    for (int32_t x = 0; x < pic.width(); ++x) {
+      const P& s = src[x];
+      bool bright;
+      if constexpr (L::integer) {
+        constexpr int32_t limit = std::is_same_v<E, uint8_t> ? 250 : 32000;
+        bright = s.blue > limit || s.green > limit || s.red > limit;
+      } else {
+        bright = s.blue >= 1.0f || s.green >= 1.0f || s.red >= 1.0f;
+      }
+      const E v = bright ? L::full : E(0);
+      m[x] = P{v, v, v, s.mask};
+    }
+  }
+  // Each pass softens the map; once a pass changes nothing, no later one
+  // can, and the rest are skipped.
+  for (int32_t i = 0; i < passes; ++i) {
+    bool changed = false;
+    if (!soften<Which::Colour>(map, ScratchSlot::Fourth, &changed)) return false;
+    if (!changed) break;
+  }
+  for (int32_t y = 0; y < pic.height(); ++y) {
+    P* row = pic.row(y);
+    const P* m = map.row(y);
+    for (int32_t x = 0; x < pic.width(); ++x) {
+      E* p = elementsOf(&row[x]);
+      const E* add = elementsOf(&m[x]);
+      for (unsigned i = 0; i < 3; ++i) {
+        if constexpr (L::integer) {
+          if (add[i] != 0) p[i] = clampStore<L>(static_cast<int64_t>(p[i]) + add[i]);
+        } else {
+          if (add[i] > 0.0f) p[i] = p[i] + add[i];
+        }
+      }
+    }
+  }
+  return true;
+}
+
+template bool glowBlur<Layout32>(const Picture<Pixel32>&);
+template bool glowBlur<Layout64>(const Picture<Pixel64>&);
+template bool glowBlur<Layout128>(const Picture<Pixel128>&);
+template void glowBlurReference<Layout32>(const Picture<Pixel32>&);
+template void glowBlurReference<Layout64>(const Picture<Pixel64>&);
+template bool matteBlur<Layout32>(const Picture<Pixel32>&, int32_t, int32_t, int32_t);
+template bool matteBlur<Layout64>(const Picture<Pixel64>&, int32_t, int32_t, int32_t);
+template bool matteBlur<Layout128>(const Picture<Pixel128>&, int32_t, int32_t, int32_t);
+template void matteBlurReference<Layout32>(const Picture<Pixel32>&, int32_t, int32_t, int32_t);
+template void matteBlurReference<Layout64>(const Picture<Pixel64>&, int32_t, int32_t, int32_t);
+
+}  // namespace effects::filters
+
+using namespace effects;
+using namespace effects::filters;
+
+extern "C" {
+
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur32(int32_t width, int32_t height, Pixel32* pixels) { soften<Which::All>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur64(int32_t width, int32_t height, Pixel64* pixels) { soften<Which::All>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur128(int32_t width, int32_t height, Pixel128* pixels) { soften<Which::All>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlurMask32(int32_t width, int32_t height, Pixel32* pixels) { soften<Which::Mask>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlurMask64(int32_t width, int32_t height, Pixel64* pixels) { soften<Which::Mask>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlurMask128(int32_t width, int32_t height, Pixel128* pixels) { soften<Which::Mask>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+
+EFFECTS_API int32_t EFFECTS_CALL VexoGlowBlur32(int32_t width, int32_t height, Pixel32* pixels) { glowBlur<Layout32>(packedPicture(width, height, pixels)); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoGlowBlur64(int32_t width, int32_t height, Pixel64* pixels) { glowBlur<Layout64>(packedPicture(width, height, pixels)); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoGlowBlur128(int32_t width, int32_t height, Pixel128* pixels) { glowBlur<Layout128>(packedPicture(width, height, pixels)); return 0; }
+
+EFFECTS_API int32_t EFFECTS_CALL VexoMatteBlur32(int32_t width, int32_t height, Pixel32* pixels, int32_t radius, int32_t threshold, int32_t useThreshold) { matteBlur<Layout32>(packedPicture(width, height, pixels), radius, threshold, useThreshold); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMatteBlur64(int32_t width, int32_t height, Pixel64* pixels, int32_t radius, int32_t threshold, int32_t useThreshold) { matteBlur<Layout64>(packedPicture(width, height, pixels), radius, threshold, useThreshold); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMatteBlur128(int32_t width, int32_t height, Pixel128* pixels, int32_t radius, int32_t threshold, int32_t useThreshold) { matteBlur<Layout128>(packedPicture(width, height, pixels), radius, threshold, useThreshold); return 0; }
+
+EFFECTS_API int32_t EFFECTS_CALL VexoBlooming32(int32_t width, int32_t height, Pixel32* pixels, int32_t passes) { blooming<Layout32>(packedPicture(width, height, pixels), passes); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBlooming64(int32_t width, int32_t height, Pixel64* pixels, int32_t passes) { blooming<Layout64>(packedPicture(width, height, pixels), passes); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBlooming128(int32_t width, int32_t height, Pixel128* pixels, int32_t passes) { blooming<Layout128>(packedPicture(width, height, pixels), passes); return 0; }
+
+}  // extern "C"
