@@ -78,7 +78,9 @@ struct AnyPicture {
     if (layout == 128) p128 = pattern128(n, seed);
   }
   void* data() { return layout == 32 ? static_cast<void*>(p32.data()) : layout == 64 ? static_cast<void*>(p64.data()) : static_cast<void*>(p128.data()); }
-  bool operator==(const AnyPicture& o) const { return sameBytes(p32, o.p32) && sameBytes(p64, o.p64) && sameBytes(p128, o.p128); }
+  bool operator==(const AnyPicture& o) const {
+    return layout == o.layout && (layout == 32 ? sameBytes(p32, o.p32) : layout == 64 ? sameBytes(p64, o.p64) : sameBytes(p128, o.p128));
+  }
   // Whether element i of some pixel differs from `o`.
   bool elementChanged(const AnyPicture& o, unsigned i) const {
     auto differs = [i](const auto& a, const auto& b) {

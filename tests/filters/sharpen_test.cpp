@@ -1,0 +1,145 @@
+// Sharpening and the unsharp mask.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "filters/filter_checks.h"
+#include "filters/neighbourhood.h"
+
+namespace effects::test {
+namespace {
+
+Pixel32 grey(uint8_t v, uint8_t mask = 0) { return Pixel32{v, v, v, mask}; }
+
+TEST(FilterSharpen, FeedsForwardFromThePixelUpAndLeft) {
+  // (2, 2) reads (1, 1) as already sharpened: 150 + (150 - 200) = 100, not
+  // the 200 that the entry value 100 would give.
+  std::vector<Pixel32> px(16, grey(0, 5));
+  px[5] = grey(100, 5);
+  px[10] = grey(150, 5);
+  VexoSharpen32(4, 4, px.data(), 1.0);
+  std::vector<Pixel32> want(16, grey(0, 5));
+  want[5] = grey(200, 5);
+  want[10] = grey(100, 5);
+  EXPECT_EQ(px, want);
+}
+
+TEST(FilterSharpen, TruncatesTheProductAndClamps) {
+  struct Case { uint8_t q, p; double amount; uint8_t want; };
+  const Case cases[] = {
+      {100, 50, 0.31, 35},  // 50 + trunc(-15.5)
+      {50, 100, 0.5, 125}, {0, 200, 1.0, 255}, {200, 10, 1.0, 0}, {7, 9, 0.0, 9},
+  };
+  for (const auto& c : cases) {
+    std::vector<Pixel32> px(9, grey(0));
+    px[0] = grey(c.q);
+    px[4] = grey(c.p, 77);
+    VexoSharpen32(3, 3, px.data(), c.amount);
+    EXPECT_EQ(px[4], grey(c.want, 77)) << int(c.p) << " " << c.amount;
+  }
+  std::vector<Pixel64> p64(9);
+  p64[4] = Pixel64{30000, 1000, 0, 0};
+  VexoSharpen64(3, 3, p64.data(), 1.0);
+  EXPECT_EQ(p64[4], (Pixel64{32767, 2000, 0, 0}));
+  std::vector<Pixel128> f(9);
+  f[0] = Pixel128{0.5f, 0, 0, 0};
+  f[4] = Pixel128{1.0f, 0, 0, 0};
+  VexoSharpen128(3, 3, f.data(), 2.0);
+  EXPECT_EQ(f[4], (Pixel128{2.0f, 0, 0, 0}));  // unclamped
+}
+
+TEST(FilterSharpen, LeavesBordersAndSmallPicturesAlone) {
+  const auto entry = pattern32(6 * 5, 3);
+  auto px = entry;
+  VexoSharpen32(6, 5, px.data(), 2.0);
+  for (int32_t y = 0; y < 5; ++y)
+    for (int32_t x = 0; x < 6; ++x)
+      if (x == 0 || y == 0 || x == 5 || y == 4) {
+        EXPECT_EQ(px[size_t(y * 6 + x)], entry[size_t(y * 6 + x)]);
+      }
+  auto two = pattern32(6 * 2, 3), twoEntry = two;
+  VexoSharpen32(6, 2, two.data(), 2.0);
+  VexoSharpenMask32(6, 2, two.data(), 2.0);
+  EXPECT_EQ(two, twoEntry);
+}
+
+TEST(FilterSharpenMask, SharpensTheMaskAlone) {
+  std::vector<Pixel32> px(9, Pixel32{1, 2, 3, 40});
+  px[4] = Pixel32{9, 9, 9, 100};
+  VexoSharpenMask32(3, 3, px.data(), 0.5);
+  EXPECT_EQ(px[4], (Pixel32{9, 9, 9, 130}));
+}
+
+TEST(FilterUnsharpMask, WorkedExample) {
+  // Row 0, 90, 0 with radius 1: the box around the middle holds 3 samples
+  // before the picture (the pixel), its row and the row below pulled back:
+  // (3 x 90 + 90 + 90) / 9 = 50, so 90 x 2 - 50 = 130; the sides blur to 20
+  // and go below 0.
+  std::vector<Pixel32> px{grey(0, 1), grey(90, 2), grey(0, 3)};
+  VexoUnsharpMask32(3, 1, px.data(), 1, 1.0);
+  EXPECT_EQ(px, (std::vector<Pixel32>{grey(0, 1), grey(130, 2), grey(0, 3)}));
+  px = {grey(0, 1), grey(90, 2), grey(0, 3)};
+  VexoUnsharpMask32(3, 1, px.data(), 1, 0.5);
+  EXPECT_EQ(px[1], grey(110, 2));
+}
+
+TEST(FilterUnsharpMask, LimitsAndParametersThatChangeNothing) {
+  const auto entry = pattern32(9 * 8, 6);
+  auto run = [&](int32_t radius, double amount) {
+    auto px = entry;
+    VexoUnsharpMask32(9, 8, px.data(), radius, amount);
+    return px;
+  };
+  EXPECT_EQ(run(3, 0.0), entry);
+  EXPECT_EQ(run(0, 2.0), entry);
+  EXPECT_EQ(run(3, -0.5), entry);
+  EXPECT_EQ(run(30, 2.0), run(10, 2.0));
+  EXPECT_EQ(run(3, 25.0), run(3, 10.0));
+  EXPECT_NE(run(3, 2.0), entry);
+}
+
+// The unsharp mask written plainly: blur every pixel from a copy of the
+// picture, then combine.
+template <class L>
+std::vector<typename L::Pixel> plainUnsharp(std::vector<typename L::Pixel> px, int32_t w, int32_t h, int32_t r,
+                                            double amount) {
+  using P = typename L::Pixel;
+  const std::vector<P> entry = px;
+  const auto rowOf = [&](int32_t y) { return entry.data() + y * w; };
+  const int32_t count = (2 * r + 1) * (2 * r + 1);
+  for (int32_t y = 0; y < h; ++y)
+    for (int32_t x = 0; x < w; ++x) {
+      P& p = px[size_t(y * w + x)];
+      const auto s = filters::boxSum<L>(rowOf, w, h, x, y, r, p, [](const P& q) -> const P& { return q; });
+      const auto f = [&](auto e, auto sum) {
+        const double v = e * (1.0 + amount) - (sum / count) * amount;
+        if constexpr (L::integer) return truncClamp<L>(v);
+        else return static_cast<float>(v);
+      };
+      p = P{f(p.blue, s.blue), f(p.green, s.green), f(p.red, s.red), p.mask};
+    }
+  return px;
+}
+
+TEST(FilterUnsharpMask, MatchesThePlainFormInEveryLayout) {
+  const int32_t sizes[][3] = {{1, 1, 2}, {1, 12, 3}, {12, 1, 1}, {2, 2, 5}, {15, 13, 4}, {21, 9, 10}};
+  for (const auto& s : sizes) {
+    SCOPED_TRACE(testing::Message() << s[0] << "x" << s[1] << " radius " << s[2]);
+    const size_t n = size_t(s[0] * s[1]);
+    auto a = pattern32(n, 2);
+    const auto wa = plainUnsharp<Layout32>(a, s[0], s[1], s[2], 1.75);
+    VexoUnsharpMask32(s[0], s[1], a.data(), s[2], 1.75);
+    EXPECT_EQ(a, wa);
+    auto b = pattern64(n, 3);
+    const auto wb = plainUnsharp<Layout64>(b, s[0], s[1], s[2], 0.6);
+    VexoUnsharpMask64(s[0], s[1], b.data(), s[2], 0.6);
+    EXPECT_EQ(b, wb);
+    auto c = pattern128(n, 4);
+    const auto wc = plainUnsharp<Layout128>(c, s[0], s[1], s[2], 3.0);
+    VexoUnsharpMask128(s[0], s[1], c.data(), s[2], 3.0);
+    EXPECT_TRUE(sameBytes(c, wc));
+  }
+}
+
+}  // namespace
+}  // namespace effects::test
