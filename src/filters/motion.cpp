@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "filters/angles.h"
 #include "filters/neighbourhood.h"
 
 namespace effects::filters {
@@ -41,7 +42,7 @@ struct Polar {
   double r, theta;
   static Polar of(int32_t cx, int32_t cy, int32_t x, int32_t y) {
     const double dx = static_cast<double>(cx) - x, dy = static_cast<double>(cy) - y;
-    return {std::sqrt(dx * dx + dy * dy), std::atan2(dy, dx)};
+    return {std::sqrt(dx * dx + dy * dy), arcTangent2(dy, dx)};
   }
 };
 
@@ -55,7 +56,7 @@ bool motionBlur(const Picture<typename L::Pixel>& pic, double angle, int32_t dis
   if (!L::integer && distance == 0) return true;
   if (angle == 0.0) angle = 0.0001;
   const double theta = 6.283185307179586 / (360.0 / angle);
-  const double c = std::cos(theta), s = std::sin(theta);
+  const double c = cosine(theta), s = sine(theta);
   const int32_t w = pic.width(), h = pic.height();
   const double last = distance;
   return fromEntryIntoScratch(pic, ScratchSlot::First, [&](const Picture<const P>& entry, int32_t x, int32_t y) {
@@ -78,7 +79,7 @@ bool zoomBlur(const Picture<typename L::Pixel>& pic, int32_t strength) {
     const Polar at = Polar::of(cx, cy, x, y);
     const double length = k * at.r * inverseDiagonal;
     if (!(length > 0)) return entry.at(x, y);
-    const double c = std::cos(at.theta), s = std::sin(at.theta);
+    const double c = cosine(at.theta), s = sine(at.theta);
     Sum4<L> sum;
     for (int64_t t = 0; t < length; ++t) {
       const double along = at.r - static_cast<double>(t);
@@ -105,8 +106,8 @@ bool radialBlur(const Picture<typename L::Pixel>& pic, int32_t spread) {
     for (int64_t i = -static_cast<int64_t>(n); i <= n; ++i) {
       // One degree as the truncated constant 0.01745329.
       const double theta = at.theta + static_cast<double>(i) * 0.01745329;
-      sum.add(entry.at(clampedCoordinate(cx - at.r * std::cos(theta), w),
-                       clampedCoordinate(cy - at.r * std::sin(theta), h)));
+      sum.add(entry.at(clampedCoordinate(cx - at.r * cosine(theta), w),
+                       clampedCoordinate(cy - at.r * sine(theta), h)));
     }
     if constexpr (L::integer) return sum.dividedBy(count);
     else return sum.scaledBy(1.0f / static_cast<float>(count));
