@@ -56,7 +56,7 @@ void expectSoftenFollowsItsCases(std::vector<P> px, int32_t w, int32_t h, Run ru
       ASSERT_EQ(px[size_t(y * w + x)], softenCase(src, x, y, elements)) << w << "x" << h << " at " << x << "," << y;
 }
 
-const int32_t kSoftenSizes[][2] = {{1, 1}, {1, 6}, {6, 1}, {2, 2}, {2, 3}, {3, 2}, {3, 3}, {8, 5}, {17, 9}};
+const int32_t kSoftenSizes[][2] = {{1, 1}, {1, 6}, {6, 1}, {2, 2}, {2, 3}, {3, 2}, {3, 3}, {8, 5}, {17, 9}, {37, 4}, {64, 3}, {3, 40}};
 
 TEST(FilterSoften, FollowsItsNineCasesInEveryLayout) {
   for (const auto& s : kSoftenSizes) {
@@ -94,26 +94,54 @@ TEST(FilterSoften, CornersRenormaliseInsteadOfUsingTheKernel) {
 }
 
 TEST(FilterSoften, WorksOnPaddedDeviceContextRows) {
-  // 5 pixels of 3 bytes: rows of 15 bytes padded to 16; the padding stays.
-  const int32_t w = 5, h = 4;
-  std::vector<uint8_t> bits(16 * h);
+  // 23 pixels of 3 bytes: rows of 69 bytes padded to 72; the padding stays.
+  const int32_t w = 23, h = 4, stride = 72;
+  std::vector<uint8_t> bits(size_t(stride * h));
   for (size_t i = 0; i < bits.size(); ++i) bits[i] = uint8_t(i * 37 + 11);
   std::vector<Pixel32> same(size_t(w * h));
   for (int32_t y = 0; y < h; ++y)
     for (int32_t x = 0; x < w; ++x) {
-      const uint8_t* b = &bits[size_t(y * 16 + x * 3)];
+      const uint8_t* b = &bits[size_t(y * stride + x * 3)];
       same[size_t(y * w + x)] = Pixel32{b[0], b[1], b[2], 0};
     }
   const std::vector<uint8_t> entry = bits;
   ASSERT_TRUE(filters::soften<filters::Which::All>(Picture<Pixel24>::paddedRows(w, h, bits.data()), ScratchSlot::First));
   ASSERT_TRUE(filters::soften<filters::Which::Colour>(packedPicture(w, h, same.data()), ScratchSlot::First));
   for (int32_t y = 0; y < h; ++y) {
-    EXPECT_EQ(bits[size_t(y * 16 + 15)], entry[size_t(y * 16 + 15)]);
+    for (int32_t k = w * 3; k < stride; ++k) EXPECT_EQ(bits[size_t(y * stride + k)], entry[size_t(y * stride + k)]);
     for (int32_t x = 0; x < w; ++x) {
-      const uint8_t* b = &bits[size_t(y * 16 + x * 3)];
+      const uint8_t* b = &bits[size_t(y * stride + x * 3)];
       EXPECT_EQ((Pixel32{b[0], b[1], b[2], 0}), same[size_t(y * w + x)]) << x << "," << y;
     }
   }
+}
+
+// The vector form against the plain one, and what each says about whether
+// anything changed (blooming stops on that).
+template <filters::Which W, class P>
+void expectFastSoftenIsPlain(std::vector<P> a, int32_t w, int32_t h) {
+  auto b = a;
+  bool changedA = false, changedB = true;
+  ASSERT_TRUE((filters::soften<W, P, true>(packedPicture(w, h, a.data()), ScratchSlot::First, &changedA)));
+  ASSERT_TRUE((filters::soften<W, P, false>(packedPicture(w, h, b.data()), ScratchSlot::First, &changedB)));
+  EXPECT_TRUE(sameBytes(a, b)) << w << "x" << h;
+  EXPECT_EQ(changedA, changedB);
+}
+
+TEST(FilterSoften, VectorFormIsThePlainOne) {
+  using filters::Which;
+  for (const auto& s : kSoftenSizes) {
+    const size_t n = size_t(s[0] * s[1]);
+    expectFastSoftenIsPlain<Which::All>(pattern32(n, 7), s[0], s[1]);
+    expectFastSoftenIsPlain<Which::Colour>(pattern64(n, 8), s[0], s[1]);
+    expectFastSoftenIsPlain<Which::Mask>(pattern128(n, 9), s[0], s[1]);
+  }
+  // A picture the soften leaves as it is: nothing changed.
+  std::vector<Pixel32> fixed(40 * 3, Pixel32{254, 0, 254, 9});
+  bool changed = true;
+  ASSERT_TRUE(filters::soften<Which::Colour>(packedPicture(40, 3, fixed.data()), ScratchSlot::First, &changed));
+  EXPECT_FALSE(changed);
+  expectFastSoftenIsPlain<Which::Colour>(fixed, 40, 3);
 }
 
 TEST(FilterGlowBlur, ChoosesTheWideBoxAboveBrightness127) {
