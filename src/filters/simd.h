@@ -53,7 +53,12 @@ struct Lanes<uint16_t> {
   static V fromBits(V v) { return v; }
 };
 
-// Floats: the pair average in double precision, rounded once to float;
+// Floats: the pair average is (a + b) x 0.5 in double precision, rounded
+// once to float. In single precision (a + b) x 0.5f gives the same float
+// wherever a + b does not overflow: a float sum that is not exact lies at
+// 2^-125 or above, where halving is exact and commutes with the rounding,
+// and a sum below that is exact, so both round the same value once. Only
+// lanes whose float sum overflows need the double form.
 // maximum(c, r) is c > r ? c : r and minimum(c, r) is c < r ? c : r, as the
 // processor's max and min give them (a not-a-number c never wins, and of two
 // zeros r stays).
@@ -64,11 +69,19 @@ struct Lanes<float> {
   static V load(const float* p) { return _mm_loadu_ps(p); }
   static void store(float* p, V v) { _mm_storeu_ps(p, v); }
   static V splat(float e) { return _mm_set1_ps(e); }
-  static V average(V a, V b) {
+  static V averageInDouble(V a, V b) {
     const __m128d half = _mm_set1_pd(0.5);
     const __m128d low = _mm_mul_pd(_mm_add_pd(_mm_cvtps_pd(a), _mm_cvtps_pd(b)), half);
     const __m128d high = _mm_mul_pd(_mm_add_pd(_mm_cvtps_pd(_mm_movehl_ps(a, a)), _mm_cvtps_pd(_mm_movehl_ps(b, b))), half);
     return _mm_movelh_ps(_mm_cvtpd_ps(low), _mm_cvtpd_ps(high));
+  }
+  static V average(V a, V b) {
+    const V sum = _mm_add_ps(a, b);
+    // An infinite sum: an overflow, or an infinite input (where the double
+    // form gives the same).
+    const V magnitude = _mm_andnot_ps(_mm_set1_ps(-0.0f), sum);
+    if (_mm_movemask_ps(_mm_cmpeq_ps(magnitude, _mm_set1_ps(__builtin_huge_valf()))) != 0) return averageInDouble(a, b);
+    return _mm_mul_ps(sum, _mm_set1_ps(0.5f));
   }
   static V maximum(V c, V r) { return _mm_max_ps(c, r); }
   static V minimum(V c, V r) { return _mm_min_ps(c, r); }

@@ -3,12 +3,14 @@
 // and the sliding box sums against the plain ones.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 #include <vector>
 
 #include "filters/blur.h"
 #include "filters/filter_checks.h"
 #include "filters/neighbourhood.h"
+#include "filters/simd.h"
 
 namespace effects::filters {
 namespace {
@@ -50,6 +52,39 @@ TEST(FilterPairAverage, IsTheBlendingArithmeticInEveryLayout) {
   // Floats average in double: the float sum would overflow here.
   EXPECT_EQ(pairAverage<Layout128>(3e38f, 3e38f), 3e38f);
 }
+
+#if defined(__SSE2__)
+// The vector pair average of floats sums in single precision and falls back
+// to double only where the sum overflows: it must give the double form's
+// float for every pair of non-NaN inputs. Random bit patterns reach every
+// exponent; the listed values the edges (overflow, subnormals, zeros).
+TEST(FilterPairAverage, VectorFloatsAreTheDoubleForm) {
+  std::mt19937 rng(5);
+  std::vector<float> special{0.0f, -0.0f, 1e-45f, -1e-45f, 1.1754942e-38f, 1.1754944e-38f, 2.3509887e-38f,
+                             3.4028235e38f, -3.4028235e38f, 1.7014118e38f, 1.7014119e38f, 3e38f, 1.0f,
+                             16777216.0f, 16777217.0f, 1e30f, -1e30f, __builtin_huge_valf(), -__builtin_huge_valf()};
+  auto any = [&] {
+    if (rng() % 8 == 0) return special[rng() % special.size()];
+    float f;
+    do {
+      const uint32_t u = uint32_t(rng());
+      std::memcpy(&f, &u, 4);
+    } while (f != f);
+    return f;
+  };
+  using O = simd::Lanes<float>;
+  for (int i = 0; i < 2000000; ++i) {
+    alignas(16) float a[4], b[4], got[4];
+    for (int k = 0; k < 4; ++k) a[k] = any(), b[k] = any();
+    O::store(got, O::average(O::load(a), O::load(b)));
+    for (int k = 0; k < 4; ++k) {
+      const float want = pairAverage<Layout128>(a[k], b[k]);
+      if (want != want) continue;  // inf + -inf
+      ASSERT_EQ(test::bitsOf(got[k]), test::bitsOf(want)) << a[k] << " " << b[k];
+    }
+  }
+}
+#endif
 
 TEST(FilterBrightness, TruncatesInIntegersAndScalesInSinglePrecision) {
   EXPECT_EQ(brightness<Layout32>(Pixel32{1, 1, 2, 0}), 1);
