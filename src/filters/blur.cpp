@@ -62,26 +62,77 @@ void glowBlurReference(const Picture<typename L::Pixel>& pic) {
   });
 }
 
+namespace {
+
+// Scratch for one row's changes (after - before), 4 lanes a pixel.
+inline int32_t* changeLanes(int32_t width, ScratchSlot slot) {
+  return static_cast<int32_t*>(scratchBytes(4 * sizeof(int32_t) * static_cast<size_t>(width), slot));
+}
+
+}  // namespace
+
+namespace {
+
+// One row of the sliding glow blur: as the matte blur's row, with the sums
+// of both boxes and their own recent changes (the 3 and the 7 pixels before
+// x), and the box chosen by the pixel's brightness.
+template <class L>
+void glowRow(typename L::Pixel* row, int32_t width, const int32_t* narrowSums, int32_t kNarrow,
+             const int32_t* wideSums, int32_t kWide, int32_t* changes) {
+  using P = typename L::Pixel;
+  int32_t n0 = 0, n1 = 0, n2 = 0, w0 = 0, w1 = 0, w2 = 0;
+  for (int32_t x = 0; x < width; ++x) {
+    const P before = row[x];
+    P after = before;
+    Sum3<L> s;
+    if (glowsWide<L>(brightness<L>(before))) {
+      const int32_t* e = wideSums + 4 * x;
+      s.blue = e[0] + kWide * w0;
+      s.green = e[1] + kWide * w1;
+      s.red = e[2] + kWide * w2;
+      storeGlow<L, 3>(after, s);
+    } else {
+      const int32_t* e = narrowSums + 4 * x;
+      s.blue = e[0] + kNarrow * n0;
+      s.green = e[1] + kNarrow * n1;
+      s.red = e[2] + kNarrow * n2;
+      storeGlow<L, 1>(after, s);
+    }
+    row[x] = after;
+    int32_t* c = changes + 4 * x;
+    c[0] = static_cast<int32_t>(after.blue) - static_cast<int32_t>(before.blue);
+    c[1] = static_cast<int32_t>(after.green) - static_cast<int32_t>(before.green);
+    c[2] = static_cast<int32_t>(after.red) - static_cast<int32_t>(before.red);
+    c[3] = 0;
+    n0 += c[0], n1 += c[1], n2 += c[2];
+    w0 += c[0], w1 += c[1], w2 += c[2];
+    if (x >= 1) {
+      const int32_t* o = changes + 4 * (x - 1);
+      n0 -= o[0], n1 -= o[1], n2 -= o[2];
+    }
+    if (x >= 3) {
+      const int32_t* o = changes + 4 * (x - 3);
+      w0 -= o[0], w1 -= o[1], w2 -= o[2];
+    }
+  }
+}
+
+}  // namespace
+
 template <class L>
 bool glowBlur(const Picture<typename L::Pixel>& pic) {
-  using P = typename L::Pixel;
   if constexpr (!L::integer) {
     glowBlurReference<L>(pic);
     return true;
   } else {
+    if (pic.empty()) return true;
     FeedForwardBoxSums<L> narrow(pic, 1, ScratchSlot::First), wide(pic, 3, ScratchSlot::Second);
-    if (!narrow.ok() || !wide.ok()) return false;
+    int32_t* changes = changeLanes(pic.width(), ScratchSlot::Third);
+    if (!narrow.ok() || !wide.ok() || changes == nullptr) return false;
     for (int32_t y = 0; y < pic.height(); ++y) {
-      narrow.beginRow(y);
-      wide.beginRow(y);
-      P* row = pic.row(y);
-      for (int32_t x = 0; x < pic.width(); ++x) {
-        const P before = row[x];
-        if (glowsWide<L>(brightness<L>(before))) storeGlow<L, 3>(row[x], wide.at(x, before));
-        else storeGlow<L, 1>(row[x], narrow.at(x, before));
-        narrow.advance(x, before, row[x]);
-        wide.advance(x, before, row[x]);
-      }
+      const int32_t* narrowSums = narrow.beginRow(y, changes);
+      const int32_t* wideSums = wide.beginRow(y, changes);
+      glowRow<L>(pic.row(y), pic.width(), narrowSums, narrow.rowWeight(), wideSums, wide.rowWeight(), changes);
     }
     return true;
   }
@@ -141,19 +192,53 @@ void matteReference(const Picture<typename L::Pixel>& pic, int32_t threshold, bo
   });
 }
 
+// One row of the sliding matte blur. Each pixel's sum is its sum before the
+// row was rewritten plus k times the changes of the R pixels before it (d,
+// kept in locals: the byte stores may alias any memory, and this loop is the
+// chain from pixel to pixel).
+template <class L, int32_t R, class K>
+void matteRow(typename L::Pixel* row, int32_t width, const int32_t* sums, int32_t* changes, K k) {
+  using P = typename L::Pixel;
+  int32_t d0 = 0, d1 = 0, d2 = 0;
+  for (int32_t x = 0; x < width; ++x) {
+    const P before = row[x];
+    const int32_t* e = sums + 4 * x;
+    Sum3<L> s;
+    s.blue = e[0] + k * d0;
+    s.green = e[1] + k * d1;
+    s.red = e[2] + k * d2;
+    P after = before;
+    storeMatte<L, R>(after, s);
+    row[x] = after;
+    int32_t* c = changes + 4 * x;
+    c[0] = static_cast<int32_t>(after.blue) - static_cast<int32_t>(before.blue);
+    c[1] = static_cast<int32_t>(after.green) - static_cast<int32_t>(before.green);
+    c[2] = static_cast<int32_t>(after.red) - static_cast<int32_t>(before.red);
+    c[3] = 0;
+    d0 += c[0];
+    d1 += c[1];
+    d2 += c[2];
+    if (x >= R) {
+      const int32_t* o = changes + 4 * (x - R);
+      d0 -= o[0];
+      d1 -= o[1];
+      d2 -= o[2];
+    }
+  }
+}
+
 template <class L, int32_t R>
 bool matteSliding(const Picture<typename L::Pixel>& pic) {
-  using P = typename L::Pixel;
+  if (pic.empty()) return true;
   FeedForwardBoxSums<L> box(pic, R, ScratchSlot::First);
-  if (!box.ok()) return false;
+  int32_t* changes = changeLanes(pic.width(), ScratchSlot::Second);
+  if (!box.ok() || changes == nullptr) return false;
   for (int32_t y = 0; y < pic.height(); ++y) {
-    box.beginRow(y);
-    P* row = pic.row(y);
-    for (int32_t x = 0; x < pic.width(); ++x) {
-      const P before = row[x];
-      storeMatte<L, R>(row[x], box.at(x, before));
-      box.advance(x, before, row[x]);
-    }
+    const int32_t* sums = box.beginRow(y, changes);
+    // Every row but the last counts once in its boxes; a constant weight
+    // keeps the multiplication off the chain from pixel to pixel.
+    if (box.rowWeight() == 1) matteRow<L, R>(pic.row(y), pic.width(), sums, changes, std::integral_constant<int32_t, 1>{});
+    else matteRow<L, R>(pic.row(y), pic.width(), sums, changes, box.rowWeight());
   }
   return true;
 }

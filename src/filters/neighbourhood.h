@@ -13,6 +13,10 @@
 #include "core/picture.h"
 #include "core/scratch.h"
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace effects::filters {
 
 // ------------------------------------------------------------------ elements
@@ -219,163 +223,204 @@ inline Sum3<L> boxSum(RowOf&& rowOf, int32_t width, int32_t height, int32_t x, i
   return s;
 }
 
-// Sliding box sums of the integer layouts, for one row at a time. The sum
-// around (x, y) is split into
-//   - the samples before the near edge, each the centre pixel: nCentre x P;
-//   - the column sums V[c] over the box's rows (pulled back past the last
-//     row), added over the box's columns (pulled back past the last column).
-// V is kept per column and the window of V slides along the row, so a pixel
-// costs the same for every radius. Subclasses keep V up to date.
-template <class L>
-class SlidingBox {
- public:
-  using Pixel = typename L::Pixel;
-  bool ok() const { return column_ != nullptr || width_ == 0; }
+// Sliding box sums of the integer layouts, a row at a time. The sum around
+// (x, y) splits into
+//   - the samples before the first row or column, each the pixel itself:
+//     nCentre x P;
+//   - the column sums V[c] over the box's rows (the last row counted again
+//     for each row past it), added over the box's columns (the last column
+//     counted again for each column past it).
+// V slides down from row to row and the window of V slides along the row, so
+// a pixel costs the same for every radius. V and the sums keep four lanes a
+// column, one per element; the mask's lane is summed too and never read.
 
-  // The box sum for pixel x of the current row, whose centre is `centre`.
-  Sum3<L> at(int32_t x, const Pixel& centre) const {
-    const int32_t colsBefore = r_ > x ? r_ - x : 0;
-    const int32_t colsPast = r_ > width_ - 1 - x ? r_ - (width_ - 1 - x) : 0;
-    const int32_t nCentre = rowsBefore_ * (2 * r_ + 1) + (2 * r_ + 1 - rowsBefore_) * colsBefore;
-    const int32_t* last = column_ + 4 * (width_ - 1);
-    Sum3<L> s;
-    s.blue = window_[0] + colsPast * last[0] + nCentre * centre.blue;
-    s.green = window_[1] + colsPast * last[1] + nCentre * centre.green;
-    s.red = window_[2] + colsPast * last[2] + nCentre * centre.red;
-    return s;
-  }
-
-  // Moves the window from pixel x to pixel x + 1.
-  void slide(int32_t x) {
-    if (x - r_ >= 0) addColumn(x - r_, -1);
-    if (r_ < width_ - 1 - x) addColumn(x + 1 + r_, 1);
-  }
-
- protected:
-  SlidingBox(int32_t width, int32_t r, size_t arrays, ScratchSlot slot) : width_(width), r_(r) {
-    if (width < 1) return;
-    void* p = scratchBytes(arrays * 4 * sizeof(int32_t) * static_cast<size_t>(width), slot);
-    if (p == nullptr) return;
-    column_ = static_cast<int32_t*>(p);
-  }
-  int32_t* array(size_t i) const { return column_ + i * 4 * static_cast<size_t>(width_); }
-
-  // Starts the window at pixel 0 of row y once V holds that row's sums.
-  void startRow(int32_t y) {
-    rowsBefore_ = r_ > y ? r_ - y : 0;
-    window_[0] = window_[1] = window_[2] = 0;
-    const int32_t last = r_ < width_ - 1 ? r_ : width_ - 1;
-    for (int32_t c = 0; c <= last; ++c) addColumn(c, 1);
-  }
-  void addColumn(int32_t c, int32_t sign) {
-    const int32_t* v = column_ + 4 * c;
-    window_[0] += sign * v[0];
-    window_[1] += sign * v[1];
-    window_[2] += sign * v[2];
-  }
-
-  int32_t width_, r_;
-  int32_t* column_ = nullptr;  // V, 4 lanes a column (the fourth unused)
-  int32_t window_[3] = {};
-  int32_t rowsBefore_ = 0;
-};
-
-// Adds (sign 1) or removes (sign -1) k times the colour of each pixel of a
-// row to per-column lanes.
+// Adds k times the elements of a row of pixels to the lanes.
 template <class P>
 inline void addRow(int32_t* lanes, const P* row, int32_t width, int32_t k) {
-  for (int32_t c = 0; c < width; ++c) {
-    lanes[4 * c] += k * static_cast<int32_t>(row[c].blue);
-    lanes[4 * c + 1] += k * static_cast<int32_t>(row[c].green);
-    lanes[4 * c + 2] += k * static_cast<int32_t>(row[c].red);
+  static_assert(kElements<P> == 4, "four lanes a pixel");
+  const auto* e = elementsOf(row);
+  const size_t n = 4 * static_cast<size_t>(width);
+  for (size_t i = 0; i < n; ++i) lanes[i] += k * static_cast<int32_t>(e[i]);
+}
+
+#if defined(__SSE2__)
+// One pixel's four elements as four 32-bit lanes.
+inline __m128i pixelLanes(const Pixel32* p) {
+  int32_t bits;
+  std::memcpy(&bits, p, 4);
+  const __m128i zero = _mm_setzero_si128();
+  return _mm_unpacklo_epi16(_mm_unpacklo_epi8(_mm_cvtsi32_si128(bits), zero), zero);
+}
+inline __m128i pixelLanes(const Pixel64* p) {
+  return _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
+}
+inline __m128i loadLanes(const int32_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+inline void storeLanes(int32_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+#endif
+
+// V moving down a row: V += added - removed, each a row of pixels (removed
+// may be null) and, when not null, `changes` (4 lanes a pixel).
+template <class P>
+inline void slideColumns(int32_t* v, const int32_t* changes, const P* added, const P* removed, int32_t width) {
+#if defined(__SSE2__)
+  if constexpr (std::is_same_v<P, Pixel32> || std::is_same_v<P, Pixel64>) {
+    for (int32_t c = 0; c < width; ++c) {
+      __m128i t = _mm_add_epi32(loadLanes(v + 4 * c), pixelLanes(added + c));
+      if (removed) t = _mm_sub_epi32(t, pixelLanes(removed + c));
+      if (changes) t = _mm_add_epi32(t, loadLanes(changes + 4 * c));
+      storeLanes(v + 4 * c, t);
+    }
+    return;
+  }
+#endif
+  addRow(v, added, width, 1);
+  if (removed) addRow(v, removed, width, -1);
+  if (changes)
+    for (size_t i = 0; i < 4 * static_cast<size_t>(width); ++i) v[i] += changes[i];
+}
+
+// Row y's box sums (4 lanes a pixel) from its column sums V and its pixels.
+template <class P>
+inline void boxRow(int32_t* sums, const int32_t* v, const P* row, int32_t width, int32_t y, int32_t r) {
+#if defined(__SSE2__)
+  // Away from the edges (rows from r on, columns r .. width - 1 - r) a sum is
+  // the window of V alone.
+  if (y >= r && width > 2 * r) {
+    const auto edge = [&](int32_t x0, int32_t x1, __m128i& window) {
+      for (int32_t x = x0; x < x1; ++x) {
+        const int32_t colsBefore = r > x ? r - x : 0;
+        const int32_t colsPast = r > width - 1 - x ? r - (width - 1 - x) : 0;
+        const int32_t n = (2 * r + 1) * colsBefore;
+        const auto* p = elementsOf(&row[x]);
+        const int32_t* last = v + 4 * (width - 1);
+        alignas(16) int32_t w[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(w), window);
+        for (int j = 0; j < 4; ++j) sums[4 * x + j] = w[j] + colsPast * last[j] + n * static_cast<int32_t>(p[j]);
+        if (x - r >= 0) window = _mm_sub_epi32(window, loadLanes(v + 4 * (x - r)));
+        if (r < width - 1 - x) window = _mm_add_epi32(window, loadLanes(v + 4 * (x + 1 + r)));
+      }
+    };
+    __m128i window = _mm_setzero_si128();
+    for (int32_t c = 0; c <= r; ++c) window = _mm_add_epi32(window, loadLanes(v + 4 * c));
+    edge(0, r, window);
+    for (int32_t x = r; x < width - r - 1; ++x) {
+      storeLanes(sums + 4 * x, window);
+      window = _mm_add_epi32(_mm_sub_epi32(window, loadLanes(v + 4 * (x - r))), loadLanes(v + 4 * (x + 1 + r)));
+    }
+    edge(width - r - 1, width, window);
+    return;
+  }
+#endif
+  const int32_t n = 2 * r + 1;
+  const int32_t rowsBefore = r > y ? r - y : 0;
+  const int32_t* last = v + 4 * (width - 1);
+  int32_t window[4] = {};
+  for (int32_t c = 0; c <= r && c < width; ++c)
+    for (int j = 0; j < 4; ++j) window[j] += v[4 * c + j];
+  for (int32_t x = 0; x < width; ++x) {
+    const int32_t colsBefore = r > x ? r - x : 0;
+    const int32_t colsPast = r > width - 1 - x ? r - (width - 1 - x) : 0;
+    const int32_t nCentre = rowsBefore * n + (n - rowsBefore) * colsBefore;
+    const auto* p = elementsOf(&row[x]);
+    int32_t* s = sums + 4 * x;
+    for (int j = 0; j < 4; ++j) s[j] = window[j] + colsPast * last[j] + nCentre * static_cast<int32_t>(p[j]);
+    const int32_t* out = x - r >= 0 ? v + 4 * (x - r) : nullptr;
+    const int32_t* in = r < width - 1 - x ? v + 4 * (x + 1 + r) : nullptr;
+    for (int j = 0; j < 4; ++j) window[j] += (in ? in[j] : 0) - (out ? out[j] : 0);
   }
 }
 
-// Sliding sums for a walk that reads the entry picture (through EntryRows
-// that keep at least r + 1 rows above the current one).
+// Column sums and box sums in scratch: V and one row of sums.
 template <class L>
-class EntryBoxSums : public SlidingBox<L> {
-  using Base = SlidingBox<L>;
-
+class BoxLanes {
  public:
-  EntryBoxSums(int32_t width, int32_t height, int32_t r, ScratchSlot slot)
-      : Base(width, r, 1, slot), height_(height) {}
+  bool ok() const { return v_ != nullptr || width_ == 0; }
 
-  // Row y's column sums: V[c] over the entry rows max(0, y - r) .. y + r,
-  // the last row counted again for each row past it.
-  void beginRow(int32_t y, const EntryRows<typename L::Pixel>& entry) {
-    const int32_t w = this->width_, r = this->r_;
-    if (y == 0) {
-      std::memset(this->column_, 0, 4 * sizeof(int32_t) * static_cast<size_t>(w));
-      for (int32_t j = 0; j <= r; ++j) addRow(this->column_, entry.row(j < height_ - 1 ? j : height_ - 1), w, 1);
-    } else {
-      addRow(this->column_, entry.row(r < height_ - 1 - y ? y + r : height_ - 1), w, 1);
-      if (y - 1 - r >= 0) addRow(this->column_, entry.row(y - 1 - r), w, -1);
-    }
-    this->startRow(y);
+ protected:
+  BoxLanes(int32_t width, int32_t height, int32_t r, ScratchSlot slot) : width_(width), height_(height), r_(r) {
+    if (width < 1) return;
+    void* p = scratchBytes(2 * 4 * sizeof(int32_t) * static_cast<size_t>(width), slot);
+    if (p == nullptr) return;
+    v_ = static_cast<int32_t*>(p);
+    sums_ = v_ + 4 * static_cast<size_t>(width);
   }
+  // V of row 0: the rows 0 .. r, pulled back past the last.
+  template <class RowOf>
+  void firstColumns(RowOf&& rowOf) {
+    std::memset(v_, 0, 4 * sizeof(int32_t) * static_cast<size_t>(width_));
+    for (int32_t j = 0; j <= r_; ++j)
+      slideColumns<typename L::Pixel>(v_, nullptr, rowOf(j < height_ - 1 ? j : height_ - 1), nullptr, width_);
+  }
+  // The row that enters the box moving down to row y, and the one that
+  // leaves it (null when none does).
+  int32_t entering(int32_t y) const { return r_ < height_ - 1 - y ? y + r_ : height_ - 1; }
+  int32_t leaving(int32_t y) const { return y - 1 - r_; }
 
- private:
-  int32_t height_;
+  int32_t width_, height_, r_;
+  int32_t* v_ = nullptr;
+  int32_t* sums_ = nullptr;
 };
 
-// Sliding sums for a feed-forward walk over `pic` (rewritten in place in
-// raster order): the rows above the current one hold their final values, the
-// current row its final values left of the pixel and its entry values from
-// the pixel on, the rows below their entry values. V[c] is kept as
-//   A[c] (rows above, final) + k x row y[c] + B[c] (rows below, entry)
-// where k is 1, or r + 1 on the last row (whose rows below are pulled back
-// onto itself, so B is empty there). Each rewritten pixel updates V and the
-// window with k times its change.
+// For a walk that reads the entry picture through EntryRows keeping at least
+// r + 1 rows above the current one.
 template <class L>
-class FeedForwardBoxSums : public SlidingBox<L> {
-  using Base = SlidingBox<L>;
+class EntryBoxSums : public BoxLanes<L> {
+  using Base = BoxLanes<L>;
+  using Pixel = typename L::Pixel;
+
+ public:
+  EntryBoxSums(int32_t width, int32_t height, int32_t r, ScratchSlot slot) : Base(width, height, r, slot) {}
+
+  // The box sums of row y, 4 lanes a pixel.
+  const int32_t* beginRow(int32_t y, const EntryRows<Pixel>& entry) {
+    const auto rowOf = [&entry](int32_t j) { return entry.row(j); };
+    if (y == 0) {
+      this->firstColumns(rowOf);
+    } else {
+      const int32_t out = this->leaving(y);
+      slideColumns(this->v_, nullptr, entry.row(this->entering(y)), out >= 0 ? entry.row(out) : nullptr, this->width_);
+    }
+    boxRow(this->sums_, this->v_, entry.row(y), this->width_, y, this->r_);
+    return this->sums_;
+  }
+};
+
+// For a feed-forward walk over `pic`: rewritten in place in raster order, so
+// that the rows above the current one hold their final values, the current
+// row its final values left of the pixel and its entry values from the pixel
+// on, and the rows below their entry values.
+//
+// beginRow gives each pixel's box sum as if nothing in its row had been
+// rewritten yet; the walk adds k times the changes (after - before) of the
+// pixels of the row already rewritten inside the box, which are the r pixels
+// before it, k being how often the row counts in the box: 1,
+// or r + 1 on the last row (the rows past it pulled back onto it). Moving
+// down, V takes in the previous row's changes, drops the row leaving the box
+// (final) and adds the row entering it (still at its entry values).
+template <class L>
+class FeedForwardBoxSums : public BoxLanes<L> {
+  using Base = BoxLanes<L>;
   using Pixel = typename L::Pixel;
 
  public:
   FeedForwardBoxSums(const Picture<Pixel>& pic, int32_t r, ScratchSlot slot)
-      : Base(pic.width(), r, 3, slot), pic_(pic) {}
+      : Base(pic.width(), pic.height(), r, slot), pic_(pic) {}
 
-  void beginRow(int32_t y) {
-    const int32_t w = this->width_, h = pic_.height(), r = this->r_;
-    int32_t* above = this->array(1);
-    int32_t* below = this->array(2);
-    const size_t bytes = 4 * sizeof(int32_t) * static_cast<size_t>(w);
+  // The sums of row y before its rewriting, 4 lanes a pixel; `changes` holds
+  // the changes of row y - 1 (4 lanes a pixel, unused for row 0).
+  const int32_t* beginRow(int32_t y, const int32_t* changes) {
+    const int32_t w = this->width_;
     if (y == 0) {
-      std::memset(above, 0, bytes);
-      std::memset(below, 0, bytes);
-      if (h > 1)
-        for (int32_t j = 1; j <= r; ++j) addRow(below, pic_.row(j < h - 1 ? j : h - 1), w, 1);
+      this->firstColumns([this](int32_t j) { return pic_.row(j); });
     } else {
-      addRow(above, pic_.row(y - 1), w, 1);
-      if (y - 1 - r >= 0) addRow(above, pic_.row(y - 1 - r), w, -1);
-      if (y < h - 1) {
-        addRow(below, pic_.row(r < h - 1 - y ? y + r : h - 1), w, 1);
-        addRow(below, pic_.row(y), w, -1);
-      }
+      const int32_t out = this->leaving(y);
+      slideColumns(this->v_, changes, pic_.row(this->entering(y)), out >= 0 ? pic_.row(out) : nullptr, w);
     }
-    k_ = y == h - 1 ? r + 1 : 1;
-    int32_t* v = this->column_;
-    std::memcpy(v, above, bytes);
-    addRow(v, pic_.row(y), w, k_);
-    if (y < h - 1)
-      for (size_t i = 0; i < 4 * static_cast<size_t>(w); ++i) v[i] += below[i];
-    this->startRow(y);
+    k_ = y == this->height_ - 1 ? this->r_ + 1 : 1;
+    boxRow(this->sums_, this->v_, pic_.row(y), w, y, this->r_);
+    return this->sums_;
   }
-
-  // Pixel x of the current row was rewritten from `before` to `after`;
-  // moves on to pixel x + 1.
-  void advance(int32_t x, const Pixel& before, const Pixel& after) {
-    const int32_t d[3] = {k_ * (static_cast<int32_t>(after.blue) - static_cast<int32_t>(before.blue)),
-                          k_ * (static_cast<int32_t>(after.green) - static_cast<int32_t>(before.green)),
-                          k_ * (static_cast<int32_t>(after.red) - static_cast<int32_t>(before.red))};
-    int32_t* v = this->column_ + 4 * x;
-    for (int i = 0; i < 3; ++i) {
-      v[i] += d[i];
-      this->window_[i] += d[i];
-    }
-    this->slide(x);
-  }
+  int32_t rowWeight() const { return k_; }
 
  private:
   Picture<Pixel> pic_;

@@ -64,11 +64,14 @@ bool unsharpRadius(const Picture<typename L::Pixel>& pic, double amount) {
     if (!box.ok()) return false;
     for (int32_t y = 0; y < h; ++y) {
       entry.enter(y);
-      box.beginRow(y, entry);
+      const int32_t* sums = box.beginRow(y, entry);
       P* row = pic.row(y);
       for (int32_t x = 0; x < w; ++x) {
-        combine(row[x], box.at(x, row[x]));
-        box.slide(x);
+        Sum3<L> s;
+        s.blue = sums[4 * x];
+        s.green = sums[4 * x + 1];
+        s.red = sums[4 * x + 2];
+        combine(row[x], s);
       }
     }
   } else {
