@@ -12,8 +12,9 @@ namespace effects::filters {
 template <class L, Which W>
 void sharpen(const Picture<typename L::Pixel>& pic, double amount);
 
-// Box-blur based unsharp mask of blue, green and red; the mask is kept.
-template <class L>
+// Box-blur based unsharp mask of blue, green and red; the mask is kept. The
+// integer layouts combine with SSE2 where the build has it (Fast) or plainly.
+template <class L, bool Fast = true>
 bool unsharpMask(const Picture<typename L::Pixel>& pic, int32_t radius, double amount);
 
 // The 3x3 morphology (eight cells: the lower right one is not part of it).

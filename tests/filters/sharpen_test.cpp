@@ -5,6 +5,7 @@
 
 #include "filters/filter_checks.h"
 #include "filters/neighbourhood.h"
+#include "filters/sharpen.h"
 
 namespace effects::test {
 namespace {
@@ -138,6 +139,28 @@ TEST(FilterUnsharpMask, MatchesThePlainFormInEveryLayout) {
     const auto wc = plainUnsharp<Layout128>(c, s[0], s[1], s[2], 3.0);
     VexoUnsharpMask128(s[0], s[1], c.data(), s[2], 3.0);
     EXPECT_TRUE(sameBytes(c, wc));
+  }
+}
+
+TEST(FilterUnsharpMask, VectorCombineIsThePlainOne) {
+  // Every radius (so every count), amounts from tiny to the limit, and
+  // pictures with extreme values where the clamps matter.
+  const double amounts[] = {0.001, 0.5, 1.75, 10.0};
+  for (int32_t r = 1; r <= 10; ++r) {
+    for (double amount : amounts) {
+      auto a = pattern32(37 * 11, uint32_t(r));
+      for (size_t i = 0; i < a.size(); i += 7) a[i] = Pixel32{255, 0, 255, 1};
+      auto b = a;
+      ASSERT_TRUE((filters::unsharpMask<Layout32, true>(packedPicture(37, 11, a.data()), r, amount)));
+      ASSERT_TRUE((filters::unsharpMask<Layout32, false>(packedPicture(37, 11, b.data()), r, amount)));
+      ASSERT_EQ(a, b) << r << " " << amount;
+      auto c = pattern64(23 * 13, uint32_t(r));
+      for (size_t i = 0; i < c.size(); i += 5) c[i] = Pixel64{32767, 0, 1, 2};
+      auto d = c;
+      ASSERT_TRUE((filters::unsharpMask<Layout64, true>(packedPicture(23, 13, c.data()), r, amount)));
+      ASSERT_TRUE((filters::unsharpMask<Layout64, false>(packedPicture(23, 13, d.data()), r, amount)));
+      ASSERT_EQ(c, d) << r << " " << amount;
+    }
   }
 }
 
