@@ -17,6 +17,12 @@ void sharpen(const Picture<typename L::Pixel>& pic, double amount);
 template <class L, bool Fast = true>
 bool unsharpMask(const Picture<typename L::Pixel>& pic, int32_t radius, double amount);
 
+// Gradient magnitude (Complement: its complement) against the pixels `step`
+// down and right; the integer layouts use SSE2 rows where the build has them
+// (Fast) and the step reads ahead.
+template <class L, bool Complement, bool Fast>
+void edges(const Picture<typename L::Pixel>& pic, int32_t gain, int32_t step);
+
 // The 3x3 morphology (eight cells: the lower right one is not part of it).
 enum class Reduce { Maximum, Minimum, Contour };
 template <class L, Which W, Reduce R>

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "filters/filter_checks.h"
+#include "filters/sharpen.h"
 
 namespace effects::test {
 namespace {
@@ -97,6 +98,41 @@ TEST(FilterEdges, FloatsScaleByTheGainItself) {
   EXPECT_EQ(n[0], (Pixel128{0.5f, 0.5f, 0.5f, 1}));  // sqrt(0.0625 x 4), not x 16
   EXPECT_EQ(e[0], (Pixel128{0.5f, 0.5f, 0.5f, 1}));
   EXPECT_EQ(e[1], (Pixel128{1.0f, 1.0f, 1.0f, 1}));
+}
+
+// The vector rows against the plain walk: every shift, steps inside and past
+// the picture, extreme values (and 16-bit values above 32767, which take the
+// plain way inside the vector rows).
+template <class L, bool Complement, class Make>
+void expectFastEdgesArePlain(Make make) {
+  const int32_t steps[] = {0, 1, 2, 5, 40};
+  for (int32_t gain : {0, 1, 2, 7, 14, 15, 16, 24, 31, 33, -1}) {
+    for (int32_t step : steps) {
+      auto a = make();
+      auto b = a;
+      filters::edges<L, Complement, true>(packedPicture(29, 9, a.data()), gain, step);
+      filters::edges<L, Complement, false>(packedPicture(29, 9, b.data()), gain, step);
+      ASSERT_TRUE(sameBytes(a, b)) << gain << " " << step;
+    }
+  }
+}
+
+TEST(FilterEdges, VectorRowsAreThePlainWalk) {
+  const auto p32 = [] {
+    auto v = pattern32(29 * 9, 3);
+    for (size_t i = 0; i < v.size(); i += 4) v[i] = Pixel32{255, 0, 255, 9};
+    return v;
+  };
+  const auto p64 = [] {
+    auto v = pattern64(29 * 9, 4);
+    for (size_t i = 0; i < v.size(); i += 4) v[i] = Pixel64{32767, 0, 32767, 9};
+    for (size_t i = 2; i < v.size(); i += 11) v[i].green = 50000;
+    return v;
+  };
+  expectFastEdgesArePlain<Layout32, true>(p32);
+  expectFastEdgesArePlain<Layout32, false>(p32);
+  expectFastEdgesArePlain<Layout64, true>(p64);
+  expectFastEdgesArePlain<Layout64, false>(p64);
 }
 
 TEST(FilterLining, MovesTheInteriorUpAndLeft) {
