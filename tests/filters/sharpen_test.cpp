@@ -142,7 +142,7 @@ TEST(FilterUnsharpMask, MatchesThePlainFormInEveryLayout) {
   }
 }
 
-TEST(FilterUnsharpMask, VectorCombineIsThePlainOne) {
+TEST(FilterUnsharpMask, VectorFormsAreThePlainOnes) {
   // Every radius (so every count), amounts from tiny to the limit, and
   // pictures with extreme values where the clamps matter.
   const double amounts[] = {0.001, 0.5, 1.75, 10.0};
@@ -160,6 +160,11 @@ TEST(FilterUnsharpMask, VectorCombineIsThePlainOne) {
       ASSERT_TRUE((filters::unsharpMask<Layout64, true>(packedPicture(23, 13, c.data()), r, amount)));
       ASSERT_TRUE((filters::unsharpMask<Layout64, false>(packedPicture(23, 13, d.data()), r, amount)));
       ASSERT_EQ(c, d) << r << " " << amount;
+      auto f = pattern128(31 * 25, uint32_t(r));
+      auto g = f;
+      ASSERT_TRUE((filters::unsharpMask<Layout128, true>(packedPicture(31, 25, f.data()), r, amount)));
+      ASSERT_TRUE((filters::unsharpMask<Layout128, false>(packedPicture(31, 25, g.data()), r, amount)));
+      ASSERT_TRUE(sameBytes(f, g)) << r << " " << amount;
     }
   }
 }
