@@ -7,6 +7,10 @@
 #include "core/dispatch.h"
 #include "filters/soften.h"
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace effects::filters {
 
 // ---------------------------------------------------------------- box blurs
@@ -159,23 +163,27 @@ inline void storeMatte(typename L::Pixel& p, const Sum3<L>& s) {
 }
 
 // The brightness window c - threshold .. c + threshold (inclusive), formed
-// without overflow in the integer layouts; the float layout converts the
-// threshold to float and forms the bounds in single precision.
+// without overflow in the integer layouts (brightness lies in 0 .. 65535, so
+// bounds beyond -1 and 65536 are held there, which changes no answer); the
+// float layout converts the threshold to float and forms the bounds in single
+// precision. Both tests are evaluated (no short circuit): which samples are
+// admitted varies too much to branch on. A not-a-number brightness is not
+// outside the window.
 template <class L>
 struct BrightnessWindow {
   using B = decltype(brightness<L>(typename L::Pixel{}));
-  std::conditional_t<L::integer, int64_t, float> low, high;
+  B low, high;
   BrightnessWindow(B centre, int32_t threshold) {
     if constexpr (L::integer) {
-      low = static_cast<int64_t>(centre) - threshold;
-      high = static_cast<int64_t>(centre) + threshold;
+      low = static_cast<B>(clampTo<int64_t>(static_cast<int64_t>(centre) - threshold, -1, 65536));
+      high = static_cast<B>(clampTo<int64_t>(static_cast<int64_t>(centre) + threshold, -1, 65536));
     } else {
       const float t = static_cast<float>(threshold);
       low = centre - t;
       high = centre + t;
     }
   }
-  bool admits(B s) const { return !(s < low || s > high); }
+  bool admits(B s) const { return !(s < low) & !(s > high); }
 };
 
 template <class L, int32_t R>
@@ -243,6 +251,101 @@ bool matteSliding(const Picture<typename L::Pixel>& pic) {
   return true;
 }
 
+// The matte blur summing every sample (with its threshold, or in the float
+// layout), feed-forward. Each pixel's brightness is kept in a plane that the
+// walk updates as it rewrites a pixel, so a sample costs a load and a
+// comparison; pixels whose box lies inside the picture skip the edge rule.
+// A left-out sample counts as the centre, in its place in the box's order;
+// the integer layouts add the samples before the picture (each the centre)
+// at the end, as one product.
+template <class L, int32_t R, bool Threshold>
+bool matteEverySample(const Picture<typename L::Pixel>& pic, int32_t threshold) {
+  using P = typename L::Pixel;
+  using B = decltype(brightness<L>(P{}));
+  if (pic.empty()) return true;
+  const int32_t w = pic.width(), h = pic.height();
+  const size_t stride = static_cast<size_t>(w);
+  B* plane = nullptr;
+  if constexpr (Threshold) {
+    plane = static_cast<B*>(scratchBytes(sizeof(B) * stride * static_cast<size_t>(h), ScratchSlot::First));
+    if (plane == nullptr) return false;
+    for (int32_t y = 0; y < h; ++y)
+      for (int32_t x = 0; x < w; ++x) plane[y * stride + x] = brightness<L>(pic.at(x, y));
+  }
+  for (int32_t y = 0; y < h; ++y) {
+    P* row = pic.row(y);
+    const bool rowsInside = y >= R && y + R < h;
+    for (int32_t x = 0; x < w; ++x) {
+      const P centre = row[x];
+      const BrightnessWindow<L> window(Threshold ? plane[y * stride + x] : B{}, threshold);
+      const auto admits = [&](int32_t sx, int32_t sy) { return !Threshold || window.admits(plane[sy * stride + sx]); };
+      Sum3<L> s;
+      int32_t left = 0;  // samples before the picture (integer layouts)
+      // A left-out sample is the centre. Admission varies from sample to
+      // sample, so the sample is selected with a mask, not a branch.
+#if defined(__SSE2__)
+      __m128 vs = _mm_setzero_ps(), vc = _mm_setzero_ps();
+      if constexpr (!L::integer) vc = _mm_loadu_ps(&centre.blue);
+#endif
+      const auto sample = [&](int32_t sx, int32_t sy, const P& p) {
+        const int32_t m = -static_cast<int32_t>(admits(sx, sy));
+        if constexpr (L::integer) {
+          s.blue += centre.blue + ((p.blue - centre.blue) & m);
+          s.green += centre.green + ((p.green - centre.green) & m);
+          s.red += centre.red + ((p.red - centre.red) & m);
+        } else {
+#if defined(__SSE2__)
+          const __m128 mask = _mm_castsi128_ps(_mm_set1_epi32(m));
+          vs = _mm_add_ps(vs, _mm_or_ps(_mm_and_ps(mask, _mm_loadu_ps(&p.blue)), _mm_andnot_ps(mask, vc)));
+#else
+          s.add(m ? p : centre);
+#endif
+        }
+      };
+      if (rowsInside && x >= R && x < w - R) {
+        for (int32_t sy = y - R; sy <= y + R; ++sy) {
+          const P* r = pic.row(sy);
+          for (int32_t sx = x - R; sx <= x + R; ++sx) sample(sx, sy, r[sx]);
+        }
+      } else {
+        for (int32_t dy = -R; dy <= R; ++dy) {
+          const int32_t sy = edgeStep(y, dy, h);
+          for (int32_t dx = -R; dx <= R; ++dx) {
+            const int32_t sx = edgeStep(x, dx, w);
+            if (sy < 0 || sx < 0) {
+              if constexpr (L::integer) {
+                ++left;
+              } else {
+#if defined(__SSE2__)
+                vs = _mm_add_ps(vs, vc);
+#else
+                s.add(centre);
+#endif
+              }
+            } else {
+              sample(sx, sy, pic.at(sx, sy));
+            }
+          }
+        }
+      }
+      if constexpr (L::integer) {
+        s.blue += left * centre.blue;
+        s.green += left * centre.green;
+        s.red += left * centre.red;
+      } else {
+#if defined(__SSE2__)
+        alignas(16) float lanes[4];
+        _mm_store_ps(lanes, vs);
+        s.blue = lanes[0], s.green = lanes[1], s.red = lanes[2];
+#endif
+      }
+      storeMatte<L, R>(row[x], s);
+      if constexpr (Threshold) plane[y * stride + x] = brightness<L>(row[x]);
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 template <class L>
@@ -266,9 +369,9 @@ bool matteBlur(const Picture<typename L::Pixel>& pic, int32_t radius, int32_t th
       if (useThreshold == 0 || threshold >= static_cast<int32_t>(std::numeric_limits<typename L::Element>::max()))
         ok = matteSliding<L, r()>(pic);
       else if (threshold >= 0)
-        matteReference<L, r()>(pic, threshold, true);
+        ok = matteEverySample<L, r(), true>(pic, threshold);
     } else {
-      matteReference<L, r()>(pic, threshold, useThreshold != 0);
+      ok = useThreshold != 0 ? matteEverySample<L, r(), true>(pic, threshold) : matteEverySample<L, r(), false>(pic, 0);
     }
   });
   return ok;
@@ -336,6 +439,7 @@ template bool matteBlur<Layout64>(const Picture<Pixel64>&, int32_t, int32_t, int
 template bool matteBlur<Layout128>(const Picture<Pixel128>&, int32_t, int32_t, int32_t);
 template void matteBlurReference<Layout32>(const Picture<Pixel32>&, int32_t, int32_t, int32_t);
 template void matteBlurReference<Layout64>(const Picture<Pixel64>&, int32_t, int32_t, int32_t);
+template void matteBlurReference<Layout128>(const Picture<Pixel128>&, int32_t, int32_t, int32_t);
 
 }  // namespace effects::filters
 

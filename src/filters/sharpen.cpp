@@ -80,7 +80,7 @@ inline void unsharpRowFast(typename L::Pixel* row, const int32_t* sums, int32_t 
 }
 #endif
 
-template <class L, int32_t R, bool Fast>
+template <class L, int32_t R>
 bool unsharpRadius(const Picture<typename L::Pixel>& pic, double amount) {
   using P = typename L::Pixel;
   constexpr int32_t count = (2 * R + 1) * (2 * R + 1);
@@ -105,10 +105,8 @@ bool unsharpRadius(const Picture<typename L::Pixel>& pic, double amount) {
       const int32_t* sums = box.beginRow(y, entry);
       P* row = pic.row(y);
 #if defined(__SSE2__)
-      if (Fast) {
-        unsharpRowFast<L>(row, sums, w, count, amount);
-        continue;
-      }
+      unsharpRowFast<L>(row, sums, w, count, amount);
+      continue;
 #endif
       for (int32_t x = 0; x < w; ++x) {
         Sum3<L> s;
@@ -131,7 +129,7 @@ bool unsharpRadius(const Picture<typename L::Pixel>& pic, double amount) {
       // vector, but the four chains of additions run side by side. The sums
       // read the kept entry rows, so the results written into the picture's
       // row do not disturb them.
-      if (Fast && y >= R && y + R < h) {
+      if (y >= R && y + R < h) {
         const P* rows[2 * R + 1];
         for (int32_t j = 0; j <= 2 * R; ++j) rows[j] = entry.row(y - R + j);
         for (; x < R && x < w; ++x) combine(row[x], boxSum<L>(rowOf, w, h, x, y, R, row[x], all));
@@ -162,12 +160,12 @@ bool unsharpRadius(const Picture<typename L::Pixel>& pic, double amount) {
 
 }  // namespace
 
-template <class L, bool Fast>
+template <class L>
 bool unsharpMask(const Picture<typename L::Pixel>& pic, int32_t radius, double amount) {
   if (pic.empty() || radius < 1 || amount < 0.0) return true;
   if (amount > 10.0) amount = 10.0;
   bool ok = true;
-  withValue<1, 10>(radius > 10 ? 10 : radius, [&](auto r) { ok = unsharpRadius<L, r(), Fast>(pic, amount); });
+  withValue<1, 10>(radius > 10 ? 10 : radius, [&](auto r) { ok = unsharpRadius<L, r()>(pic, amount); });
   return ok;
 }
 
@@ -177,12 +175,9 @@ template void sharpen<Layout128, Which::Colour>(const Picture<Pixel128>&, double
 template void sharpen<Layout32, Which::Mask>(const Picture<Pixel32>&, double);
 template void sharpen<Layout64, Which::Mask>(const Picture<Pixel64>&, double);
 template void sharpen<Layout128, Which::Mask>(const Picture<Pixel128>&, double);
-template bool unsharpMask<Layout32, true>(const Picture<Pixel32>&, int32_t, double);
-template bool unsharpMask<Layout64, true>(const Picture<Pixel64>&, int32_t, double);
-template bool unsharpMask<Layout128, true>(const Picture<Pixel128>&, int32_t, double);
-template bool unsharpMask<Layout32, false>(const Picture<Pixel32>&, int32_t, double);
-template bool unsharpMask<Layout64, false>(const Picture<Pixel64>&, int32_t, double);
-template bool unsharpMask<Layout128, false>(const Picture<Pixel128>&, int32_t, double);
+template bool unsharpMask<Layout32>(const Picture<Pixel32>&, int32_t, double);
+template bool unsharpMask<Layout64>(const Picture<Pixel64>&, int32_t, double);
+template bool unsharpMask<Layout128>(const Picture<Pixel128>&, int32_t, double);
 
 }  // namespace effects::filters
 

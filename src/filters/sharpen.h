@@ -12,9 +12,8 @@ namespace effects::filters {
 template <class L, Which W>
 void sharpen(const Picture<typename L::Pixel>& pic, double amount);
 
-// Box-blur based unsharp mask of blue, green and red; the mask is kept. The
-// integer layouts combine with SSE2 where the build has it (Fast) or plainly.
-template <class L, bool Fast = true>
+// Box-blur based unsharp mask of blue, green and red; the mask is kept.
+template <class L>
 bool unsharpMask(const Picture<typename L::Pixel>& pic, int32_t radius, double amount);
 
 // Gradient magnitude (Complement: its complement) against the pixels `step`

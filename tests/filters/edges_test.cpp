@@ -12,18 +12,17 @@ namespace {
 Pixel32 grey(uint8_t v, uint8_t mask = 0) { return Pixel32{v, v, v, mask}; }
 
 TEST(FilterEmboss, FlatPicturesAndDepthZeroGiveTheMiddleGrey) {
-  std::vector<Pixel32> flat(5 * 4, Pixel32{10, 200, 30, 4});
+  std::vector<Pixel32> flat(5 * 4, Pixel32{10, 200, 30, 4}), any = pattern32(5 * 4, 2);
   VexoEmboss32(5, 4, flat.data(), 7);
-  for (const auto& p : flat) EXPECT_EQ(p, grey(128, 4));
-  auto any = pattern32(5 * 4, 2);
   VexoEmboss32(5, 4, any.data(), 0);
+  EXPECT_EQ(flat, std::vector<Pixel32>(20, grey(128, 4)));
   for (const auto& p : any) EXPECT_EQ(p.red, 128);
   std::vector<Pixel64> f64(3 * 3, Pixel64{1, 2, 3, 4});
   VexoEmboss64(3, 3, f64.data(), -5);
-  for (const auto& p : f64) EXPECT_EQ(p, (Pixel64{16384, 16384, 16384, 4}));
+  EXPECT_EQ(f64, std::vector<Pixel64>(9, Pixel64{16384, 16384, 16384, 4}));
   std::vector<Pixel128> f128(3 * 2, Pixel128{0.1f, 0.7f, 3.0f, 0.5f});
   VexoEmboss128(3, 2, f128.data(), 4);
-  for (const auto& p : f128) EXPECT_EQ(p, (Pixel128{0.5f, 0.5f, 0.5f, 0.5f}));
+  EXPECT_EQ(f128, std::vector<Pixel128>(6, Pixel128{0.5f, 0.5f, 0.5f, 0.5f}));
 }
 
 TEST(FilterEmboss, WorkedExamples) {
@@ -53,11 +52,8 @@ TEST(FilterEdges, FlatPictures) {
   std::vector<Pixel32> a(4 * 3, Pixel32{9, 99, 199, 3}), b = a;
   VexoFindEdges32(4, 3, a.data(), 4, 1);
   VexoNeon32(4, 3, b.data(), 4, 1);
-  for (const auto& p : a) EXPECT_EQ(p, grey(255, 3));
-  for (const auto& p : b) EXPECT_EQ(p, grey(0, 3));
-  std::vector<Pixel64> c(4 * 3, Pixel64{9, 99, 199, 3});
-  VexoFindEdges64(4, 3, c.data(), 4, 2);
-  for (const auto& p : c) EXPECT_EQ(p, (Pixel64{32767, 32767, 32767, 3}));
+  EXPECT_EQ(a, std::vector<Pixel32>(12, grey(255, 3)));
+  EXPECT_EQ(b, std::vector<Pixel32>(12, grey(0, 3)));
 }
 
 TEST(FilterEdges, MagnitudeShiftedByTheGainsLowBits) {
@@ -103,13 +99,11 @@ TEST(FilterEdges, FloatsScaleByTheGainItself) {
 // The vector rows against the plain walk: every shift, steps inside and past
 // the picture, extreme values (and 16-bit values above 32767, which take the
 // plain way inside the vector rows).
-template <class L, bool Complement, class Make>
-void expectFastEdgesArePlain(Make make) {
-  const int32_t steps[] = {0, 1, 2, 5, 40};
+template <class L, bool Complement, class P>
+void expectFastEdgesArePlain(const std::vector<P>& entry) {
   for (int32_t gain : {0, 1, 2, 7, 14, 15, 16, 24, 31, 33, -1}) {
-    for (int32_t step : steps) {
-      auto a = make();
-      auto b = a;
+    for (int32_t step : {0, 1, 2, 5, 40}) {
+      auto a = entry, b = entry;
       filters::edges<L, Complement, true>(packedPicture(29, 9, a.data()), gain, step);
       filters::edges<L, Complement, false>(packedPicture(29, 9, b.data()), gain, step);
       ASSERT_TRUE(sameBytes(a, b)) << gain << " " << step;
@@ -118,17 +112,12 @@ void expectFastEdgesArePlain(Make make) {
 }
 
 TEST(FilterEdges, VectorRowsAreThePlainWalk) {
-  const auto p32 = [] {
-    auto v = pattern32(29 * 9, 3);
-    for (size_t i = 0; i < v.size(); i += 4) v[i] = Pixel32{255, 0, 255, 9};
-    return v;
-  };
-  const auto p64 = [] {
-    auto v = pattern64(29 * 9, 4);
-    for (size_t i = 0; i < v.size(); i += 4) v[i] = Pixel64{32767, 0, 32767, 9};
-    for (size_t i = 2; i < v.size(); i += 11) v[i].green = 50000;
-    return v;
-  };
+  // Every shift, steps inside and past the picture, extreme values, and
+  // 16-bit values above 32767 (which take the plain way in the vector rows).
+  auto p32 = pattern32(29 * 9, 3);
+  auto p64 = pattern64(29 * 9, 4);
+  for (size_t i = 0; i < p32.size(); i += 4) p32[i] = Pixel32{255, 0, 255, 9}, p64[i] = Pixel64{32767, 0, 32767, 9};
+  for (size_t i = 2; i < p64.size(); i += 11) p64[i].green = 50000;
   expectFastEdgesArePlain<Layout32, true>(p32);
   expectFastEdgesArePlain<Layout32, false>(p32);
   expectFastEdgesArePlain<Layout64, true>(p64);
@@ -136,20 +125,17 @@ TEST(FilterEdges, VectorRowsAreThePlainWalk) {
 }
 
 TEST(FilterLining, MovesTheInteriorUpAndLeft) {
+  // Factors 0 give |P|: the colours of rows and columns 1 .. size - 2 land
+  // one up and one left; the last two rows and columns keep theirs.
   const auto entry = pattern32(6 * 5, 8);
   auto px = entry;
   VexoLining32(6, 5, px.data(), 0, 0, 0);
-  for (int32_t y = 0; y < 5; ++y)
-    for (int32_t x = 0; x < 6; ++x) {
-      const Pixel32& got = px[size_t(y * 6 + x)];
-      const Pixel32& same = entry[size_t(y * 6 + x)];
-      if (x < 4 && y < 3) {
-        const Pixel32& from = entry[size_t((y + 1) * 6 + x + 1)];
-        EXPECT_EQ(got, (Pixel32{from.blue, from.green, from.red, same.mask})) << x << "," << y;
-      } else {
-        EXPECT_EQ(got, same) << x << "," << y;
-      }
-    }
+  for (int32_t i = 0; i < 30; ++i) {
+    const int32_t x = i % 6, y = i / 6;
+    Pixel32 want = entry[size_t(i)];
+    if (x < 4 && y < 3) want = Pixel32{entry[size_t(i + 7)].blue, entry[size_t(i + 7)].green, entry[size_t(i + 7)].red, want.mask};
+    EXPECT_EQ(px[size_t(i)], want) << x << "," << y;
+  }
   auto two = entry;
   VexoLining32(6, 2, two.data(), 5, 5, 5);
   EXPECT_TRUE(std::equal(two.begin(), two.begin() + 12, entry.begin()));

@@ -19,6 +19,10 @@ TEST(FilterFrame, EverySizeStaysInsideThePictureAndChangesOnlyItsElements) {
       const size_t n = size_t(s[0]) * size_t(s[1]);
       AnyPicture pic(c.layout, n, 7), before = pic;
       c.run(s[0], s[1], pic.data());
+      // The parameters make every export change a picture this large.
+      if (s[0] * s[1] > 60) {
+        EXPECT_FALSE(pic == before);
+      }
       for (unsigned i = 0; i < 4; ++i) {
         if (!(c.changes & (1u << i))) {
           EXPECT_FALSE(pic.elementChanged(before, i)) << "element " << i;
@@ -37,16 +41,6 @@ TEST(FilterFrame, SizesBelowOneChangeNothing) {
       c.run(s[0], s[1], pic.data());
       EXPECT_TRUE(pic == before);
     }
-  }
-}
-
-TEST(FilterFrame, ThePicturesThatChangeDoSo) {
-  // Guards the tests above against parameters that make an export idle.
-  for (const auto& c : allFilters()) {
-    SCOPED_TRACE(c.name);
-    AnyPicture pic(c.layout, 9 * 7, 11), before = pic;
-    c.run(9, 7, pic.data());
-    EXPECT_FALSE(pic == before);
   }
 }
 

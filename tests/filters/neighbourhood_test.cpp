@@ -7,6 +7,8 @@
 #include <random>
 #include <vector>
 
+#include <iterator>
+
 #include "filters/blur.h"
 #include "filters/filter_checks.h"
 #include "filters/neighbourhood.h"
@@ -19,19 +21,13 @@ using test::pattern32;
 using test::pattern64;
 
 TEST(FilterEdgeRule, PullsBackPastTheFarEdgeAndMarksTheNearOne) {
-  struct Case { int32_t p, d, n, want; };
-  const Case cases[] = {
-      {2, 1, 5, 3}, {4, 1, 5, 4}, {3, 10, 5, 4}, {0, 0, 1, 0}, {0, 1, 1, 0},
-      {1, -1, 5, 0}, {1, -2, 5, -1}, {0, -1, 1, -1},
-      {2, INT32_MAX, 5, 4}, {2, INT32_MIN, 5, -1}, {INT32_MAX - 1, 1, INT32_MAX, INT32_MAX - 1},
-  };
-  for (const auto& c : cases) EXPECT_EQ(edgeStep(c.p, c.d, c.n), c.want) << c.p << " " << c.d << " " << c.n;
-
+  const int32_t cases[][4] = {  // p, d, n, result
+      {2, 1, 5, 3}, {4, 1, 5, 4}, {3, 10, 5, 4}, {0, 1, 1, 0}, {1, -1, 5, 0}, {1, -2, 5, -1},
+      {2, INT32_MAX, 5, 4}, {2, INT32_MIN, 5, -1}, {INT32_MAX - 1, 1, INT32_MAX, INT32_MAX - 1}};
+  for (const auto& c : cases) EXPECT_EQ(edgeStep(c[0], c[1], c[2]), c[3]) << c[0] << " " << c[1] << " " << c[2];
   std::vector<Pixel32> px = pattern32(3 * 2);
   const auto pic = packedPicture(3, 2, px.data());
-  EXPECT_EQ(&sampleAt(pic, 2, 0, 1, 1), &pic.at(2, 1));   // both pulled back
   EXPECT_EQ(&sampleAt(pic, 1, 1, -2, 0), &pic.at(1, 1));  // before column 0: the centre
-  EXPECT_EQ(&sampleAt(pic, 1, 1, 1, -1), &pic.at(2, 0));
 }
 
 TEST(FilterPairAverage, IsTheBlendingArithmeticInEveryLayout) {
@@ -60,11 +56,10 @@ TEST(FilterPairAverage, IsTheBlendingArithmeticInEveryLayout) {
 // exponent; the listed values the edges (overflow, subnormals, zeros).
 TEST(FilterPairAverage, VectorFloatsAreTheDoubleForm) {
   std::mt19937 rng(5);
-  std::vector<float> special{0.0f, -0.0f, 1e-45f, -1e-45f, 1.1754942e-38f, 1.1754944e-38f, 2.3509887e-38f,
-                             3.4028235e38f, -3.4028235e38f, 1.7014118e38f, 1.7014119e38f, 3e38f, 1.0f,
-                             16777216.0f, 16777217.0f, 1e30f, -1e30f, __builtin_huge_valf(), -__builtin_huge_valf()};
+  const float special[] = {0.0f, -0.0f, 1e-45f, 1.1754942e-38f, 2.3509887e-38f, 3.4028235e38f, -3.4028235e38f,
+                           1.7014119e38f, 3e38f, 16777217.0f, __builtin_huge_valf(), -__builtin_huge_valf()};
   auto any = [&] {
-    if (rng() % 8 == 0) return special[rng() % special.size()];
+    if (rng() % 8 == 0) return special[rng() % std::size(special)];
     float f;
     do {
       const uint32_t u = uint32_t(rng());
@@ -85,27 +80,6 @@ TEST(FilterPairAverage, VectorFloatsAreTheDoubleForm) {
   }
 }
 #endif
-
-TEST(FilterBrightness, TruncatesInIntegersAndScalesInSinglePrecision) {
-  EXPECT_EQ(brightness<Layout32>(Pixel32{1, 1, 2, 0}), 1);
-  EXPECT_EQ(brightness<Layout32>(Pixel32{255, 255, 255, 0}), 255);
-  EXPECT_EQ(brightness<Layout64>(Pixel64{32767, 32767, 32766, 0}), 32766);
-  EXPECT_EQ(brightness<Layout128>(Pixel128{0.25f, 0.5f, 0.75f, 0}), 1.5f * 0.33333334f);
-}
-
-TEST(FilterEntryRows, KeepTheRowsAboveWhileTheWalkRewritesThem) {
-  std::vector<Pixel32> px = pattern32(4 * 5);
-  const std::vector<Pixel32> entry = px;
-  const auto pic = packedPicture(4, 5, px.data());
-  EntryRows<Pixel32> rows(pic, 2, ScratchSlot::First);
-  ASSERT_TRUE(rows.ok());
-  for (int32_t y = 0; y < 5; ++y) {
-    rows.enter(y);
-    for (int32_t x = 0; x < 4; ++x) pic.at(x, y) = Pixel32{};
-    for (int32_t yy = y - 2 < 0 ? 0 : y - 2; yy < 5; ++yy)
-      for (int32_t x = 0; x < 4; ++x) ASSERT_EQ(rows.row(yy)[x], entry[size_t(yy * 4 + x)]) << y << " " << yy;
-  }
-}
 
 // The sliding sums against the plain ones: the exports' sliding forms against
 // their references on random pictures of odd sizes (narrower and lower than
@@ -130,12 +104,31 @@ TEST(FilterBoxSums, FeedForwardSlidingEqualsThePlainSums) {
   expectMatteSlidesExactly<Layout64>([](size_t n, uint32_t seed) { return pattern64(n, seed); });
 }
 
-TEST(FilterBoxSums, ThresholdsThatAdmitEveryOrNoSampleTakeTheShortWay) {
-  for (int32_t threshold : {-1, -1000, 255, 256, INT32_MAX}) {
-    auto a = pattern32(13 * 11, 4), b = a;
-    ASSERT_TRUE(matteBlur<Layout32>(packedPicture(13, 11, a.data()), 4, threshold, 1));
-    matteBlurReference<Layout32>(packedPicture(13, 11, b.data()), 4, threshold, 1);
-    EXPECT_TRUE(test::sameBytes(a, b)) << threshold;
+// The matte blur with thresholds (every sample, brightness kept in a plane;
+// short ways where a threshold admits every or no sample) and the float
+// layout against the plain sums.
+TEST(FilterBoxSums, ThresholdsAndFloatsSumAsThePlainForm) {
+  const int32_t sizes[][2] = {{1, 6}, {6, 1}, {13, 11}, {25, 9}};
+  for (int32_t r : {1, 2, 4, 7, 10}) {
+    for (const auto& s : sizes) {
+      SCOPED_TRACE(testing::Message() << "radius " << r << " size " << s[0] << "x" << s[1]);
+      for (int32_t threshold : {-1, 0, 30, 120, 255, INT32_MAX}) {
+        auto a = pattern32(size_t(s[0] * s[1]), uint32_t(r)), b = a;
+        ASSERT_TRUE(matteBlur<Layout32>(packedPicture(s[0], s[1], a.data()), r, threshold, 1));
+        matteBlurReference<Layout32>(packedPicture(s[0], s[1], b.data()), r, threshold, 1);
+        ASSERT_TRUE(test::sameBytes(a, b)) << threshold;
+      }
+      auto c = pattern64(size_t(s[0] * s[1]), uint32_t(r)), d = c;
+      ASSERT_TRUE(matteBlur<Layout64>(packedPicture(s[0], s[1], c.data()), r, 9000, 1));
+      matteBlurReference<Layout64>(packedPicture(s[0], s[1], d.data()), r, 9000, 1);
+      ASSERT_TRUE(test::sameBytes(c, d));
+      for (int32_t use : {0, 1}) {
+        auto e = test::pattern128(size_t(s[0] * s[1]), uint32_t(r)), f = e;
+        ASSERT_TRUE(matteBlur<Layout128>(packedPicture(s[0], s[1], e.data()), r, use ? 1 : 5, use));
+        matteBlurReference<Layout128>(packedPicture(s[0], s[1], f.data()), r, use ? 1 : 5, use);
+        ASSERT_TRUE(test::sameBytes(e, f)) << use;
+      }
+    }
   }
 }
 
@@ -152,32 +145,6 @@ TEST(FilterBoxSums, GlowSlidingEqualsThePlainSums) {
     glowBlurReference<Layout64>(packedPicture(s[0], s[1], b64.data()));
     EXPECT_TRUE(test::sameBytes(a32, b32)) << s[0] << "x" << s[1];
     EXPECT_TRUE(test::sameBytes(a64, b64)) << s[0] << "x" << s[1];
-  }
-}
-
-TEST(FilterBoxSums, EntrySlidingEqualsThePlainSums) {
-  std::mt19937 rng(9);
-  for (int32_t r = 1; r <= 10; ++r) {
-    const int32_t w = int32_t(rng() % 25) + 1, h = int32_t(rng() % 25) + 1;
-    std::vector<Pixel64> px = pattern64(size_t(w * h), uint32_t(r));
-    const auto pic = packedPicture(w, h, px.data());
-    EntryRows<Pixel64> entry(pic, r + 1, ScratchSlot::First);
-    EntryBoxSums<Layout64> box(w, h, r, ScratchSlot::Second);
-    ASSERT_TRUE(entry.ok() && box.ok());
-    const std::vector<Pixel64> copy = px;
-    const auto rowOf = [&](int32_t yy) { return copy.data() + yy * w; };
-    for (int32_t y = 0; y < h; ++y) {
-      entry.enter(y);
-      const int32_t* sums = box.beginRow(y, entry);
-      for (int32_t x = 0; x < w; ++x) {
-        const Pixel64& centre = copy[size_t(y * w + x)];
-        const auto want = boxSum<Layout64>(rowOf, w, h, x, y, r, centre, [](const Pixel64& p) -> const Pixel64& { return p; });
-        ASSERT_EQ(sums[4 * x], want.blue) << r << " " << x << "," << y;
-        ASSERT_EQ(sums[4 * x + 1], want.green);
-        ASSERT_EQ(sums[4 * x + 2], want.red);
-        pic.at(x, y) = Pixel64{1, 2, 3, 4};  // the walk rewrites the row behind it
-      }
-    }
   }
 }
 
