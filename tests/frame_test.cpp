@@ -83,7 +83,8 @@ TEST(Frame, EmptyAndNegativeSizesTouchNothing) {
 // (The display pictures of the compositing exports are outputs, not
 // pictures changed in place.)
 const char* const kWritesMask =
-    "CallToneMapping|VexoInvertMask.*|VexoHalftoneMask.*|VexoClearMask.*|VexoBlankMask.*|VexoNewPicture.*|Vexo(32|64|128)AdvancedMaskDIB|"
+    "CallToneMapping|VexoInvertMask.*|VexoHalftoneMask.*|Vexo(PostBlur|PostBlurMask|MotionBlur|ZoomBlur|RadialBlur|"
+    "SharpenMask|DilaterMask|EroderMask)(32|64|128)|VexoClearMask.*|VexoBlankMask.*|VexoNewPicture.*|Vexo(32|64|128)AdvancedMaskDIB|"
     "Vexo(32|64|128)(Direct)?BitBlt(Flip)?MaskDIB|Vexo32DirectMaskDIB|Convert(64to32|32to64|32to128|64to128|"
     "128to64|128to32)(Fast|Screen|Lock)|Convertfloat3xto64";
 
