@@ -50,5 +50,36 @@ EFFECTS_API int32_t EFFECTS_CALL VexoScale32(int32_t sourceWidth, int32_t source
 EFFECTS_API int32_t EFFECTS_CALL VexoScale64(int32_t sourceWidth, int32_t sourceHeight, const Pixel64* source, int32_t targetWidth, int32_t targetHeight, Pixel64* target);
 EFFECTS_API int32_t EFFECTS_CALL VexoScale128(int32_t sourceWidth, int32_t sourceHeight, const Pixel128* source, int32_t targetWidth, int32_t targetHeight, Pixel128* target);
 
+/* Rotation by `angle` degrees about the centres (size / 2, truncated) of
+ * source and target, resampled bilinearly; the target is written completely.
+ * A positive angle is taken as 360 - angle and a negative one as its
+ * magnitude (so 90 and -90 turn opposite ways, 450 acts as -90); degrees
+ * become radians with pi taken as 3.1415, so 180 is not an exact half turn.
+ * The angle's cosine and sine are computed in double precision, the source
+ * position in double rounded to single, the weights and sums in single.
+ * 32 and 64 truncate the sum after each of the four taps and limit it to
+ * 0..255 (0..32767); 128 keeps float sums. Taps outside the source count as
+ * 0 in every element: the background is transparent black and the edges
+ * fade into it. A NaN angle gives a transparent black target. */
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate32(int32_t sourceWidth, int32_t sourceHeight, const Pixel32* source, int32_t targetWidth, int32_t targetHeight, Pixel32* target, float angle);
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate64(int32_t sourceWidth, int32_t sourceHeight, const Pixel64* source, int32_t targetWidth, int32_t targetHeight, Pixel64* target, float angle);
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate128(int32_t sourceWidth, int32_t sourceHeight, const Pixel128* source, int32_t targetWidth, int32_t targetHeight, Pixel128* target, float angle);
+
+/* Skew: every source pixel (all four elements) is splatted into the target,
+ * which is not cleared (hand in a zeroed target for a plain skew). With
+ * verticalPercent exactly 0 the skew is horizontal: row y moves right by
+ * y * horizontalPercent / 100 pixels; otherwise it is vertical: column x moves
+ * down by x * verticalPercent / 100 and horizontalPercent is ignored. The
+ * position is formed in double and kept as a float. A whole position copies
+ * the pixel; a fractional one adds it to two neighbours weighted by the
+ * fraction (single precision, truncated, capped at 255 or 32767 from above;
+ * 128 is not capped). Target pixels are addressed as row * targetWidth +
+ * column, so a column past the right edge lands at the start of the next
+ * row. Writes that would fall outside the target are dropped; a right-hand
+ * pair is also skipped when it would end on the target's last pixel. */
+EFFECTS_API int32_t EFFECTS_CALL VexoSkew32(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_t targetHeight, const Pixel32* source, Pixel32* target, float verticalPercent, float horizontalPercent);
+EFFECTS_API int32_t EFFECTS_CALL VexoSkew64(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_t targetHeight, const Pixel64* source, Pixel64* target, float verticalPercent, float horizontalPercent);
+EFFECTS_API int32_t EFFECTS_CALL VexoSkew128(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_t targetHeight, const Pixel128* source, Pixel128* target, float verticalPercent, float horizontalPercent);
+
 EFFECTS_EXTERN_C_END
 #endif
