@@ -81,5 +81,80 @@ EFFECTS_API int32_t EFFECTS_CALL VexoSkew32(int32_t sourceWidth, int32_t sourceH
 EFFECTS_API int32_t EFFECTS_CALL VexoSkew64(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_t targetHeight, const Pixel64* source, Pixel64* target, float verticalPercent, float horizontalPercent);
 EFFECTS_API int32_t EFFECTS_CALL VexoSkew128(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_t targetHeight, const Pixel128* source, Pixel128* target, float verticalPercent, float horizontalPercent);
 
+/* The distortions map every pixel back to one source position about the
+ * centre (width / 2, height / 2, truncated: right of and below the middle
+ * for even sizes), truncate it toward zero, clamp it into the picture (so the
+ * edges repeat) and copy that pixel's blue, green and red, and its mask when
+ * `includeMask` is exactly 1. Elements a distortion does not write keep
+ * their values. Degrees are converted with 0.017453292519943295. */
+
+/* Swirl inside the circle of radius sqrt(width^2 + height^2) / 2; `twist` is
+ * limited to -255..255, smaller magnitudes twist harder. A barely twisted
+ * disc shows the picture mirrored left to right. Pixels outside the circle
+ * (the corner pixel (0, 0) for even sizes) keep their values. twist 0 gives
+ * every pixel of the circle the first pixel of the picture. */
+EFFECTS_API int32_t EFFECTS_CALL VexoSwirl32(int32_t width, int32_t height, Pixel32* pixels, int32_t includeMask, int32_t twist);
+EFFECTS_API int32_t EFFECTS_CALL VexoSwirl64(int32_t width, int32_t height, Pixel64* pixels, int32_t includeMask, int32_t twist);
+EFFECTS_API int32_t EFFECTS_CALL VexoSwirl128(int32_t width, int32_t height, Pixel128* pixels, int32_t includeMask, int32_t twist);
+/* Twirl by an angle that blends from innerTwist x pi/8 at the centre toward
+ * outerTwist x pi/8 at the length of the diagonal. With both 0 the position
+ * is the pixel's own up to rounding: a pixel whose computed position falls a
+ * hair short of its own column or row takes its neighbour's values. */
+EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx32(int32_t width, int32_t height, Pixel32* pixels, int32_t includeMask, int32_t outerTwist, int32_t innerTwist);
+EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx64(int32_t width, int32_t height, Pixel64* pixels, int32_t includeMask, int32_t outerTwist, int32_t innerTwist);
+EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx128(int32_t width, int32_t height, Pixel128* pixels, int32_t includeMask, int32_t outerTwist, int32_t innerTwist);
+/* Bulge (amount > 0) or pinch (amount < 0) inside the inscribed disc of
+ * radius min(width, height) / 2; pixels outside it keep their values.
+ * amount 0 changes nothing. An amount whose thousandth is 0 or NaN gives
+ * the disc the first pixel of the picture (the radial map is not a number);
+ * so does any amount on a picture 1 pixel wide or high, whose disc is the
+ * centre pixel alone. */
+EFFECTS_API int32_t EFFECTS_CALL VexoPinch32(int32_t width, int32_t height, Pixel32* pixels, int32_t includeMask, double amount);
+EFFECTS_API int32_t EFFECTS_CALL VexoPinch64(int32_t width, int32_t height, Pixel64* pixels, int32_t includeMask, double amount);
+EFFECTS_API int32_t EFFECTS_CALL VexoPinch128(int32_t width, int32_t height, Pixel128* pixels, int32_t includeMask, double amount);
+/* Circular waves: blue, green and red come from (x + amplitude sin a,
+ * y + amplitude cos a) with a = r x frequency degrees, r the distance from
+ * the centre; the mask stays. Negative amplitude or frequency acts as 0. */
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWaves32(int32_t width, int32_t height, Pixel32* pixels, int32_t amplitude, int32_t frequency);
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWaves64(int32_t width, int32_t height, Pixel64* pixels, int32_t amplitude, int32_t frequency);
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWaves128(int32_t width, int32_t height, Pixel128* pixels, int32_t amplitude, int32_t frequency);
+/* The same with the amplitude growing from 0 at the centre: the local
+ * amplitude is the whole part of amplitude x r / sqrt(width^2 + height^2),
+ * so an amplitude of 1 changes nothing. The mask stays. */
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx32(int32_t width, int32_t height, Pixel32* pixels, int32_t amplitude, int32_t frequency);
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx64(int32_t width, int32_t height, Pixel64* pixels, int32_t amplitude, int32_t frequency);
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx128(int32_t width, int32_t height, Pixel128* pixels, int32_t amplitude, int32_t frequency);
+/* Block waves: the column moves by amplitude sin(phase x frequency degrees)
+ * of the column alone, the row by amplitude cos(...) of the row alone. An
+ * even `style` measures the phase from the centre, an odd one (by its
+ * signed remainder: -1 is odd) from the first pixel; the integer phase
+ * products wrap in 32 bits. The mask stays. */
+EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves32(int32_t width, int32_t height, Pixel32* pixels, int32_t amplitude, int32_t frequency, int32_t style);
+EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves64(int32_t width, int32_t height, Pixel64* pixels, int32_t amplitude, int32_t frequency, int32_t style);
+EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves128(int32_t width, int32_t height, Pixel128* pixels, int32_t amplitude, int32_t frequency, int32_t style);
+
+/* Brightness scale by 100 / percent over the pixels of width * 4 * height
+ * elements (32-bit arithmetic; nothing when that is below 1): the factor is
+ * formed in double and kept as a float, each of blue, green and red is
+ * multiplied in single precision, 32 and 64 limit the product to 255
+ * (32767) from above only and round to nearest, ties to even, keeping the
+ * low bits of a negative result; 128 is not limited. The mask stays.
+ * percent 100 changes nothing, 50 doubles; percent 0 changes nothing. */
+EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection32(int32_t width, int32_t height, Pixel32* pixels, int32_t percent);
+EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection64(int32_t width, int32_t height, Pixel64* pixels, int32_t percent);
+EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection128(int32_t width, int32_t height, Pixel128* pixels, int32_t percent);
+
+/* Channel ripper over ((elementCount - 1) >> 2) + 1 pixels (none below 1):
+ * mode 1 keeps the strictly largest colour element of each pixel, 2 the
+ * strictly middle one, 3 the strictly smallest, clearing the other two;
+ * ties and other modes change nothing. The blue, green and red tests run in
+ * that order on the pixel as it stands, against the entry blue; `channel`
+ * (1 all, 2 red, 3 green, 4 blue, other values none) limits which elements
+ * are written, and an element that may not be written keeps its value in
+ * the later tests too. 64 compares as signed 16-bit values. */
+EFFECTS_API int32_t EFFECTS_CALL VexoRipper32(int32_t elementCount, Pixel32* pixels, int32_t mode, int32_t channel);
+EFFECTS_API int32_t EFFECTS_CALL VexoRipper64(int32_t elementCount, Pixel64* pixels, int32_t mode, int32_t channel);
+EFFECTS_API int32_t EFFECTS_CALL VexoRipper128(int32_t elementCount, Pixel128* pixels, int32_t mode, int32_t channel);
+
 EFFECTS_EXTERN_C_END
 #endif
