@@ -77,6 +77,13 @@ void reverseInPlace(P* p, size_t n) {
 }
 
 // ------------------------------------------------------------ transposition
+//
+// The quarter turn is a transposition. Done naively, every step down a
+// column of a 4096-pixel picture is a new page and, the rows being a power
+// of two apart, the same cache set. So the picture is worked in square tiles
+// whose rows are 256 bytes: a tile is read a few whole rows at a time and
+// transposed in registers into a small buffer, which is written back row by
+// row, so every cache line is read once and written once in one go.
 
 namespace detail {
 
@@ -113,73 +120,81 @@ template <class P>
 inline constexpr size_t kSquare = 1;
 #endif
 
-// Tiles of about 16 KiB (a row of a tile is 256 bytes), so that a tile and
-// its transposed partner stay in the first-level cache.
+// to[c * stride + r] = from[r * stride + c] for one square of kSquare pixels.
 template <class P>
-inline constexpr size_t kTile = 256 / sizeof(P);
-
-// to[x * h + y] = from[y * w + x] for one square of kSquare pixels.
-template <class P>
-inline void transposeSquare(const P* from, size_t w, P* to, size_t h) {
+inline void transposeSquare(const P* from, size_t fromStride, P* to, size_t toStride) {
 #if defined(__SSE2__)
   Square<P> s;
-  s.load(from, w);
-  s.storeTransposed(to, h);
+  s.load(from, fromStride);
+  s.storeTransposed(to, toStride);
 #else
-  (void)w, (void)h;
+  (void)fromStride, (void)toStride;
   *to = *from;
 #endif
 }
 
-// Exchanges the square at a with the square at b, each transposed (a == b
-// transposes one square in place): both are read before either is written.
+// Tile side: rows of 256 bytes (a multiple of every square).
 template <class P>
-inline void swapTransposedSquares(P* a, P* b, size_t n) {
-#if defined(__SSE2__)
-  Square<P> sa, sb;
-  sa.load(a, n);
-  sb.load(b, n);
-  sa.storeTransposed(b, n);
-  sb.storeTransposed(a, n);
-#else
-  (void)n;
-  std::swap(*a, *b);
-#endif
-}
+inline constexpr size_t kTile = 256 / sizeof(P);
+
+// A tile in a buffer of its own, rows packed. It is filled transposed
+// straight from the picture (each group of kSquare rows is read across its
+// whole 256 bytes before the next) and written back a whole row at a time.
+template <class P>
+struct Tile {
+  static constexpr size_t side = kTile<P>;
+  P px[side * side];
+
+  void transposeFrom(const P* from, size_t stride) {
+    constexpr size_t k = kSquare<P>;
+    for (size_t r = 0; r < side; r += k)
+      for (size_t c = 0; c < side; c += k) transposeSquare(from + r * stride + c, stride, px + c * side + r, side);
+  }
+  void write(P* to, size_t stride) const {
+    for (size_t r = 0; r < side; ++r) std::memcpy(to + r * stride, px + r * side, side * sizeof(P));
+  }
+};
 
 }  // namespace detail
 
-// The quarter turn's block: to[x * h + y] = from[y * w + x], that is the
-// picture transposed into rows h pixels long. Cache-sized tiles of register
-// squares, then the edges that do not fill a square.
+// The quarter turn's block: to[x * height + y] = from[y * width + x], the
+// picture transposed into rows `height` pixels long. Whole tiles, then the
+// edges that do not fill one.
 template <class P>
 void transposeInto(const P* from, int32_t width, int32_t height, P* to) {
-  constexpr size_t k = detail::kSquare<P>, tile = detail::kTile<P>;
+  using Tile = detail::Tile<P>;
+  constexpr size_t tile = Tile::side;
   const size_t w = static_cast<size_t>(width), h = static_cast<size_t>(height);
-  const size_t wk = w - w % k, hk = h - h % k;
-  for (size_t y0 = 0; y0 < hk; y0 += tile)
-    for (size_t x0 = 0; x0 < wk; x0 += tile) {
-      const size_t y1 = std::min(y0 + tile, hk), x1 = std::min(x0 + tile, wk);
-      for (size_t y = y0; y < y1; y += k)
-        for (size_t x = x0; x < x1; x += k) detail::transposeSquare(from + y * w + x, w, to + x * h + y, h);
+  const size_t wt = w - w % tile, ht = h - h % tile;
+  Tile out;
+  for (size_t y = 0; y < ht; y += tile)
+    for (size_t x = 0; x < wt; x += tile) {
+      out.transposeFrom(from + y * w + x, w);
+      out.write(to + x * h + y, h);
     }
   for (size_t y = 0; y < h; ++y)
-    for (size_t x = (y < hk ? wk : 0); x < w; ++x) to[x * h + y] = from[y * w + x];
+    for (size_t x = (y < ht ? wt : 0); x < w; ++x) to[x * h + y] = from[y * w + x];
 }
 
-// The same for a square picture n x n, in place: pairs of tiles across the
-// diagonal are exchanged transposed.
+// The same for a square picture, in place: each tile above the diagonal
+// changes places with its partner below, both transposed; the tiles on the
+// diagonal are transposed where they are.
 template <class P>
 void transposeSquareInPlace(P* p, int32_t side) {
-  constexpr size_t k = detail::kSquare<P>, tile = detail::kTile<P>;
-  const size_t n = static_cast<size_t>(side), nk = n - n % k;
-  for (size_t i0 = 0; i0 < nk; i0 += tile)
-    for (size_t j0 = i0; j0 < nk; j0 += tile) {
-      const size_t i1 = std::min(i0 + tile, nk), j1 = std::min(j0 + tile, nk);
-      for (size_t i = i0; i < i1; i += k)
-        for (size_t j = (j0 == i0 ? i : j0); j < j1; j += k) detail::swapTransposedSquares(p + i * n + j, p + j * n + i, n);
+  using Tile = detail::Tile<P>;
+  constexpr size_t tile = Tile::side;
+  const size_t n = static_cast<size_t>(side), nt = n - n % tile;
+  Tile upper, lower;
+  for (size_t i = 0; i < nt; i += tile)
+    for (size_t j = i; j < nt; j += tile) {
+      upper.transposeFrom(p + i * n + j, n);
+      if (i != j) {
+        lower.transposeFrom(p + j * n + i, n);
+        lower.write(p + i * n + j, n);
+      }
+      upper.write(p + j * n + i, n);
     }
-  for (size_t r = nk; r < n; ++r)
+  for (size_t r = nt; r < n; ++r)
     for (size_t c = 0; c < r; ++c) std::swap(p[r * n + c], p[c * n + r]);
 }
 
@@ -198,8 +213,42 @@ inline void addColour(P& to, const P& from) {
 
 // One target row of the scale from one source row through a column table.
 template <class P>
-void scaleRow(P* to, const P* from, const int32_t* columns, int32_t width) {
+void scaleRowPlain(P* to, const P* from, const int32_t* columns, int32_t width) {
   for (int32_t x = 0; x < width; ++x) addColour(to[x], from[columns[x]]);
+}
+
+// The same, several pixels a vector: the target's mask is cleared and the
+// source added element-wise in the element's width, which wraps the colour
+// and leaves the source's mask; the float layout adds and then takes the
+// source's mask bits.
+template <class P>
+void scaleRow(P* to, const P* from, const int32_t* columns, int32_t width) {
+  int32_t x = 0;
+#if defined(__SSE2__)
+  if constexpr (sizeof(P) == 4) {
+    const __m128i colour = _mm_set1_epi32(0x00FFFFFF);
+    for (; x + 4 <= width; x += 4) {
+      int32_t s[4];
+      for (int i = 0; i < 4; ++i) std::memcpy(&s[i], from + columns[x + i], 4);
+      const __m128i t = _mm_and_si128(loadPixels(to + x), colour);
+      storePixels(to + x, _mm_add_epi8(t, _mm_setr_epi32(s[0], s[1], s[2], s[3])));
+    }
+  } else if constexpr (sizeof(P) == 8) {
+    const __m128i colour = _mm_set1_epi64x(0x0000FFFFFFFFFFFF);
+    for (; x + 2 <= width; x += 2) {
+      const __m128i s = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + columns[x])),
+                                           _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + columns[x + 1])));
+      storePixels(to + x, _mm_add_epi16(_mm_and_si128(loadPixels(to + x), colour), s));
+    }
+  } else {
+    const __m128 colour = _mm_castsi128_ps(_mm_setr_epi32(-1, -1, -1, 0));
+    for (; x < width; ++x) {
+      const __m128 s = _mm_loadu_ps(&from[columns[x]].blue), t = _mm_loadu_ps(&to[x].blue);
+      _mm_storeu_ps(&to[x].blue, _mm_or_ps(_mm_and_ps(_mm_add_ps(t, s), colour), _mm_andnot_ps(colour, s)));
+    }
+  }
+#endif
+  scaleRowPlain(to + x, from, columns + x, width - x);
 }
 
 }  // namespace effects::geometry

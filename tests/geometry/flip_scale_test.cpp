@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "core/scratch.h"
+#include "geometry/transform.h"
 #include "geometry/geometry_checks.h"
 
 using namespace effects::test;
@@ -82,7 +83,9 @@ TYPED_TEST(Transform, FlipsReverseAndMirrorsReflectOneHalf) {
 
 TYPED_TEST(Transform, QuarterTurnsTransposeAndFourMakeTheIdentity) {
   using P = TypeParam;
-  for (const Size s : kSizes) {
+  std::vector<Size> sizes(std::begin(kSizes), std::end(kSizes));
+  sizes.insert(sizes.end(), {{130, 130}, {128, 128}, {131, 66}, {64, 192}});  // several whole tiles
+  for (const Size s : sizes) {
     SCOPED_TRACE(::testing::Message() << s.width << " x " << s.height);
     const auto in = pattern<P>(static_cast<size_t>(s.width) * s.height);
     auto px = in;
@@ -147,6 +150,22 @@ TYPED_TEST(Transform, ScalePicksByTruncatedSinglePrecisionProducts) {
   std::vector<P> big(6);
   Api<P>::scale(2, 1, row.data(), 3, 2, big.data());
   expectSamePixels(big, {row[0], row[0], row[1], row[0], row[0], row[1]});
+}
+
+TYPED_TEST(Transform, VectorScaleRowGivesThePlainBytes) {
+  using P = TypeParam;
+  auto from = pattern<P>(12, 3);
+  std::memset(&from[5], 0xFF, sizeof(P));  // 255s, 65535s and a NaN to wrap and carry
+  for (int32_t width = 0; width < 10; ++width) {
+    std::vector<int32_t> columns(width);
+    for (int32_t x = 0; x < width; ++x) columns[x] = (x * 7 + width) % 12;
+    auto plain = pattern<P>(width, 5);
+    if (width > 1) std::memset(&plain[1], 0xFF, sizeof(P));
+    auto fast = plain;
+    effects::geometry::scaleRowPlain(plain.data(), from.data(), columns.data(), width);
+    effects::geometry::scaleRow(fast.data(), from.data(), columns.data(), width);
+    expectSamePixels(fast, plain);
+  }
 }
 
 TEST(Transform, ScaleAddsColourWithWrapAndReplacesTheMask) {
