@@ -105,10 +105,11 @@ EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx64(int32_t width, int32_t height, Pi
 EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx128(int32_t width, int32_t height, Pixel128* pixels, int32_t includeMask, int32_t outerTwist, int32_t innerTwist);
 /* Bulge (amount > 0) or pinch (amount < 0) inside the inscribed disc of
  * radius min(width, height) / 2; pixels outside it keep their values.
- * amount 0 changes nothing. An amount whose thousandth is 0 or NaN gives
- * the disc the first pixel of the picture (the radial map is not a number);
- * so does any amount on a picture 1 pixel wide or high, whose disc is the
- * centre pixel alone. */
+ * amount 0 changes nothing. The radial map degenerates where
+ * 1 + |amount| / 1000 x radius rounds to 1 (a radius of 0, on a picture 1
+ * pixel wide or high, or a vanishing amount): the disc then takes the
+ * centre pixel (tiny positive amount) or the first pixel (tiny negative
+ * amount, NaN, or a radius of 0). */
 EFFECTS_API int32_t EFFECTS_CALL VexoPinch32(int32_t width, int32_t height, Pixel32* pixels, int32_t includeMask, double amount);
 EFFECTS_API int32_t EFFECTS_CALL VexoPinch64(int32_t width, int32_t height, Pixel64* pixels, int32_t includeMask, double amount);
 EFFECTS_API int32_t EFFECTS_CALL VexoPinch128(int32_t width, int32_t height, Pixel128* pixels, int32_t includeMask, double amount);
@@ -134,12 +135,13 @@ EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves64(int32_t width, int32_t height,
 EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves128(int32_t width, int32_t height, Pixel128* pixels, int32_t amplitude, int32_t frequency, int32_t style);
 
 /* Brightness scale by 100 / percent over the pixels of width * 4 * height
- * elements (32-bit arithmetic; nothing when that is below 1): the factor is
- * formed in double and kept as a float, each of blue, green and red is
- * multiplied in single precision, 32 and 64 limit the product to 255
- * (32767) from above only and round to nearest, ties to even, keeping the
- * low bits of a negative result; 128 is not limited. The mask stays.
- * percent 100 changes nothing, 50 doubles; percent 0 changes nothing. */
+ * elements (32-bit arithmetic; nothing when width or height is below 1):
+ * the factor is formed in double and kept as a float, each of blue, green
+ * and red is multiplied in single precision; 32 and 64 limit the product
+ * from above only, at 255 (32767), and round to nearest, ties to even (a
+ * negative product, from a negative percent, keeps the low bits of its
+ * 16-bit rounding); 128 is not limited. The mask stays. percent 100 changes
+ * nothing, 50 doubles; percent 0 (an infinite factor) changes nothing. */
 EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection32(int32_t width, int32_t height, Pixel32* pixels, int32_t percent);
 EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection64(int32_t width, int32_t height, Pixel64* pixels, int32_t percent);
 EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection128(int32_t width, int32_t height, Pixel128* pixels, int32_t percent);
