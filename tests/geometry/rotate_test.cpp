@@ -43,8 +43,6 @@ TYPED_TEST(Rotate, ZeroDegreesIntoAnEqualTargetIsTheIdentity) {
 TYPED_TEST(Rotate, FastSamplerGivesThePlainBytes) {
   using P = TypeParam;
   using effects::geometry::rotateInto;
-  using effects::geometry::sampleBilinearInside;
-  using effects::geometry::sampleInside;
   const float angles[] = {0, 90, -90, 180, -720, 33.3f, -7.5f, 1e-3f, 1e9f, std::numeric_limits<float>::quiet_NaN()};
   const Size targets[] = {{1, 1}, {1, 9}, {9, 1}, {40, 23}};
   for (const Size s : kSizes)
@@ -55,10 +53,8 @@ TYPED_TEST(Rotate, FastSamplerGivesThePlainBytes) {
         const auto source = packedPicture(s.width, s.height, in.data());
         const Rotation map(s.width, s.height, t.width, t.height, angle);
         std::vector<P> plain(static_cast<size_t>(t.width) * t.height), fast(plain.size());
-        rotateInto(source, packedPicture(t.width, t.height, plain.data()), map,
-                   [](const auto& pic, const Taps& taps) { return sampleBilinearInside(pic, taps); });
-        rotateInto(source, packedPicture(t.width, t.height, fast.data()), map,
-                   [](const auto& pic, const Taps& taps) { return sampleInside(pic, taps); });
+        rotateInto<false>(source, packedPicture(t.width, t.height, plain.data()), map);
+        rotateInto<true>(source, packedPicture(t.width, t.height, fast.data()), map);
         expectSamePixels(fast, plain);
         expectSamePixels(rotated(in, s, t, angle), plain);
       }
