@@ -4,47 +4,20 @@
 #include <vector>
 
 #include "core/scratch.h"
-#include "geometry/transform.h"
 #include "geometry/geometry_checks.h"
+#include "geometry/transform.h"
 
 using namespace effects::test;
 
 namespace {
 
-template <class P> struct Api;
-#define GEOMETRY_API(N)                                              \
-  template <> struct Api<Pixel##N> {                                 \
-    static constexpr auto verticalFlip = VexoVerticalFlip##N;        \
-    static constexpr auto horizontalFlip = VexoHorizontalFlip##N;    \
-    static constexpr auto verticalMirror = VexoVerticalMirror##N;    \
-    static constexpr auto horizontalMirror = VexoHorizontalMirror##N; \
-    static constexpr auto quarterTurn = VexoRotate90_##N;            \
-    static constexpr auto scale = VexoScale##N;                      \
-  };
-GEOMETRY_API(32)
-GEOMETRY_API(64)
-GEOMETRY_API(128)
-
-// The moves as plainly as they can be said, pixel by pixel.
-template <class P>
-std::vector<P> flippedRows(const std::vector<P>& in, Size s) {
+// Pixel (x, y) of the result comes from in[from(x, y)]: the moves as plainly
+// as they can be said.
+template <class P, class F>
+std::vector<P> moved(const std::vector<P>& in, Size s, F from) {
   std::vector<P> out(in.size());
   for (int32_t y = 0; y < s.height; ++y)
-    for (int32_t x = 0; x < s.width; ++x) out[y * s.width + x] = in[(s.height - 1 - y) * s.width + x];
-  return out;
-}
-template <class P>
-std::vector<P> flippedColumns(const std::vector<P>& in, Size s) {
-  std::vector<P> out(in.size());
-  for (int32_t y = 0; y < s.height; ++y)
-    for (int32_t x = 0; x < s.width; ++x) out[y * s.width + x] = in[y * s.width + s.width - 1 - x];
-  return out;
-}
-template <class P>
-std::vector<P> turned(const std::vector<P>& in, Size s) {
-  std::vector<P> out(in.size());
-  for (int32_t y = 0; y < s.height; ++y)
-    for (int32_t x = 0; x < s.width; ++x) out[x * s.height + y] = in[y * s.width + x];
+    for (int32_t x = 0; x < s.width; ++x) out[y * s.width + x] = in[from(x, y)];
   return out;
 }
 
@@ -54,30 +27,24 @@ TYPED_TEST_SUITE(Transform, Layouts);
 
 TYPED_TEST(Transform, FlipsReverseAndMirrorsReflectOneHalf) {
   using P = TypeParam;
+  using A = Api<P>;
   for (const Size s : kSizes) {
     SCOPED_TRACE(::testing::Message() << s.width << " x " << s.height);
-    const auto in = pattern<P>(static_cast<size_t>(s.width) * s.height);
+    const int32_t w = s.width, h = s.height;
+    const auto in = pattern<P>(s.pixels());
     auto px = in;
-    Api<P>::verticalFlip(s.width, s.height, px.data(), 0);
-    expectSamePixels(px, flippedRows(in, s));
-    Api<P>::verticalFlip(s.width, s.height, px.data(), 0);
+    A::verticalFlip(w, h, px.data(), 0);
+    expectSamePixels(px, moved(in, s, [&](int32_t x, int32_t y) { return (h - 1 - y) * w + x; }));
+    A::verticalFlip(w, h, px.data(), 0);
     expectSamePixels(px, in);
-    Api<P>::horizontalFlip(s.width, s.height, px.data(), 0);
-    expectSamePixels(px, flippedColumns(in, s));
-    Api<P>::horizontalFlip(s.width, s.height, px.data(), 0);
-    expectSamePixels(px, in);
-
-    // A mirror takes the first half from the flip and keeps the second.
-    auto want = flippedRows(in, s);
-    std::copy(in.begin() + (s.height / 2) * s.width, in.end(), want.begin() + (s.height / 2) * s.width);
-    Api<P>::verticalMirror(s.width, s.height, px.data(), 0);
-    expectSamePixels(px, want);
+    A::horizontalFlip(w, h, px.data(), 0);
+    expectSamePixels(px, moved(in, s, [&](int32_t x, int32_t y) { return y * w + w - 1 - x; }));
+    A::horizontalFlip(w, h, px.data(), 0);
+    A::verticalMirror(w, h, px.data(), 0);
+    expectSamePixels(px, moved(in, s, [&](int32_t x, int32_t y) { return (y < h / 2 ? h - 1 - y : y) * w + x; }));
     px = in;
-    want = flippedColumns(in, s);
-    for (int32_t y = 0; y < s.height; ++y)
-      for (int32_t x = s.width / 2; x < s.width; ++x) want[y * s.width + x] = in[y * s.width + x];
-    Api<P>::horizontalMirror(s.width, s.height, px.data(), 0);
-    expectSamePixels(px, want);
+    A::horizontalMirror(w, h, px.data(), 0);
+    expectSamePixels(px, moved(in, s, [&](int32_t x, int32_t y) { return y * w + (x < w / 2 ? w - 1 - x : x); }));
   }
 }
 
@@ -87,10 +54,11 @@ TYPED_TEST(Transform, QuarterTurnsTransposeAndFourMakeTheIdentity) {
   sizes.insert(sizes.end(), {{130, 130}, {128, 128}, {131, 66}, {64, 192}});  // several whole tiles
   for (const Size s : sizes) {
     SCOPED_TRACE(::testing::Message() << s.width << " x " << s.height);
-    const auto in = pattern<P>(static_cast<size_t>(s.width) * s.height);
+    const auto in = pattern<P>(s.pixels());
     auto px = in;
     Api<P>::quarterTurn(s.width, s.height, px.data());
-    expectSamePixels(px, turned(in, s));
+    // Row x of the result (rows `height` long) is column x of the picture.
+    expectSamePixels(px, moved(in, {s.height, s.width}, [&](int32_t y, int32_t x) { return y * s.width + x; }));
     Api<P>::quarterTurn(s.height, s.width, px.data());
     Api<P>::quarterTurn(s.width, s.height, px.data());
     Api<P>::quarterTurn(s.height, s.width, px.data());
@@ -100,56 +68,45 @@ TYPED_TEST(Transform, QuarterTurnsTransposeAndFourMakeTheIdentity) {
 
 TYPED_TEST(Transform, SizesBelowOneAndAMissingBlockChangeNothing) {
   using P = TypeParam;
+  using A = Api<P>;
   const auto in = pattern<P>(6);
   auto px = in, target = in;
   for (const Size s : {Size{0, 6}, Size{6, 0}, Size{-2, -3}, Size{3, -2}}) {
-    Api<P>::verticalFlip(s.width, s.height, px.data(), 0);
-    Api<P>::horizontalFlip(s.width, s.height, px.data(), 0);
-    Api<P>::verticalMirror(s.width, s.height, px.data(), 0);
-    Api<P>::horizontalMirror(s.width, s.height, px.data(), 0);
-    Api<P>::quarterTurn(s.width, s.height, px.data());
-    Api<P>::scale(s.width, s.height, px.data(), 2, 3, target.data());
-    Api<P>::scale(2, 3, px.data(), s.width, s.height, target.data());
+    A::verticalFlip(s.width, s.height, px.data(), 0);
+    A::horizontalFlip(s.width, s.height, px.data(), 0);
+    A::verticalMirror(s.width, s.height, px.data(), 0);
+    A::horizontalMirror(s.width, s.height, px.data(), 0);
+    A::quarterTurn(s.width, s.height, px.data());
+    A::scale(s.width, s.height, px.data(), 2, 3, target.data());
+    A::scale(2, 3, px.data(), s.width, s.height, target.data());
   }
-  expectSamePixels(px, in);
-  expectSamePixels(target, in);
   effects::ScratchLimit none(0);
-  Api<P>::quarterTurn(2, 3, px.data());
-  Api<P>::scale(2, 3, px.data(), 3, 2, target.data());
+  A::quarterTurn(2, 3, px.data());
+  A::scale(2, 3, px.data(), 3, 2, target.data());
   expectSamePixels(px, in);
   expectSamePixels(target, in);
 }
 
-TYPED_TEST(Transform, ScaleToTheSameSizeIntoZeroIsACopy) {
+TYPED_TEST(Transform, ScaleCopiesAtTheSameSizeAndPicksByTruncatedSingleProducts) {
   using P = TypeParam;
   for (const Size s : kSizes) {
-    const auto in = pattern<P>(static_cast<size_t>(s.width) * s.height);
+    const auto in = pattern<P>(s.pixels());
     std::vector<P> target(in.size());
     Api<P>::scale(s.width, s.height, in.data(), s.width, s.height, target.data());
     expectSamePixels(target, in);
   }
-}
-
-TYPED_TEST(Transform, ScalePicksByTruncatedSinglePrecisionProducts) {
-  using P = TypeParam;
-  // 4 x 4 to 2 x 2 takes every second pixel of every second row.
   const auto in = pattern<P>(16);
-  std::vector<P> target(4);
-  Api<P>::scale(4, 4, in.data(), 2, 2, target.data());
-  expectSamePixels(target, {in[0], in[2], in[8], in[10]});
-  // 10 to 6 has the ratio 1.6666666f; x = 3 gives 5.0 in single precision
-  // (4.9999998 in double). Rows and columns follow the same rule.
-  const auto row = pattern<P>(10, 7);
-  std::vector<P> wide(6), tall(6);
-  Api<P>::scale(10, 1, row.data(), 6, 1, wide.data());
-  Api<P>::scale(1, 10, row.data(), 1, 6, tall.data());
-  const std::vector<P> picked{row[0], row[1], row[3], row[5], row[6], row[8]};
-  expectSamePixels(wide, picked);
-  expectSamePixels(tall, picked);
-  // Enlarging repeats: 2 x 1 into 3 x 2 uses columns 0, 0, 1 on both rows.
-  std::vector<P> big(6);
-  Api<P>::scale(2, 1, row.data(), 3, 2, big.data());
-  expectSamePixels(big, {row[0], row[0], row[1], row[0], row[0], row[1]});
+  std::vector<P> quarter(4), wide(6), tall(6), big(6);
+  Api<P>::scale(4, 4, in.data(), 2, 2, quarter.data());
+  expectSamePixels(quarter, {in[0], in[2], in[8], in[10]});
+  // 10 to 6: the ratio 1.6666666f times 3 is 5.0 in single precision
+  // (4.9999998 in double). Rows follow the same rule as columns.
+  Api<P>::scale(10, 1, in.data(), 6, 1, wide.data());
+  Api<P>::scale(1, 10, in.data(), 1, 6, tall.data());
+  expectSamePixels(wide, {in[0], in[1], in[3], in[5], in[6], in[8]});
+  expectSamePixels(tall, wide);
+  Api<P>::scale(2, 1, in.data(), 3, 2, big.data());  // enlarging repeats
+  expectSamePixels(big, {in[0], in[0], in[1], in[0], in[0], in[1]});
 }
 
 TYPED_TEST(Transform, VectorScaleRowGivesThePlainBytes) {
@@ -170,27 +127,14 @@ TYPED_TEST(Transform, VectorScaleRowGivesThePlainBytes) {
 
 TEST(Transform, ScaleAddsColourWithWrapAndReplacesTheMask) {
   std::vector<Pixel32> s32{{250, 1, 255, 7}}, t32{{10, 2, 255, 200}};
-  VexoScale32(1, 1, s32.data(), 1, 1, t32.data());
-  EXPECT_EQ(t32[0], (Pixel32{4, 3, 254, 7}));
   std::vector<Pixel64> s64{{65530, 1, 32767, 7}}, t64{{10, 2, 32767, 200}};
-  VexoScale64(1, 1, s64.data(), 1, 1, t64.data());
-  EXPECT_EQ(t64[0], (Pixel64{4, 3, 65534, 7}));
   std::vector<Pixel128> s128{{0.75f, -1, 2, 0.5f}}, t128{{0.5f, 1, 2, 0.25f}};
+  VexoScale32(1, 1, s32.data(), 1, 1, t32.data());
+  VexoScale64(1, 1, s64.data(), 1, 1, t64.data());
   VexoScale128(1, 1, s128.data(), 1, 1, t128.data());
+  EXPECT_EQ(t32[0], (Pixel32{4, 3, 254, 7}));
+  EXPECT_EQ(t64[0], (Pixel64{4, 3, 65534, 7}));
   EXPECT_EQ(t128[0], (Pixel128{1.25f, 0, 4, 0.5f}));
-}
-
-TEST(Transform, WorkedExamples) {
-  const Pixel32 a{1, 1, 1, 1}, b{2, 2, 2, 2}, c{3, 3, 3, 3}, d{4, 4, 4, 4}, e{5, 5, 5, 5}, f{6, 6, 6, 6};
-  std::vector<Pixel32> column{a, b, c};
-  VexoVerticalMirror32(1, 3, column.data(), 0);
-  expectSamePixels(column, {c, b, c});
-  std::vector<Pixel32> row{a, b, c, d};
-  VexoHorizontalMirror32(4, 1, row.data(), 0);
-  expectSamePixels(row, {d, c, c, d});
-  std::vector<Pixel32> picture{a, b, c, d, e, f};
-  VexoRotate90_32(3, 2, picture.data());
-  expectSamePixels(picture, {a, d, b, e, c, f});
 }
 
 }  // namespace

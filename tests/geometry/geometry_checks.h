@@ -1,5 +1,6 @@
-// Shared by the geometry tests: patterned pictures of any layout, the sizes
-// every export is run on, and exact comparisons.
+// Shared by the geometry tests: the exports of one layout by name, patterned
+// pictures of any layout, the sizes every export is run on, and exact
+// comparisons.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,6 +14,23 @@
 
 namespace effects::test {
 
+template <class P> struct Api;
+#define GEOMETRY_API(N)                                                                           \
+  template <> struct Api<Pixel##N> {                                                              \
+    static constexpr auto verticalFlip = VexoVerticalFlip##N, horizontalFlip = VexoHorizontalFlip##N; \
+    static constexpr auto verticalMirror = VexoVerticalMirror##N, horizontalMirror = VexoHorizontalMirror##N; \
+    static constexpr auto quarterTurn = VexoRotate90_##N;                                         \
+    static constexpr auto scale = VexoScale##N, rotate = VexoRotate##N, skew = VexoSkew##N;      \
+    static constexpr auto swirl = VexoSwirl##N, twirl = VexoTwirlEx##N, pinch = VexoPinch##N;    \
+    static constexpr auto waves = VexoCircularWaves##N, wavesEx = VexoCircularWavesEx##N;         \
+    static constexpr auto blocks = VexoBlockWaves##N, sphere = VexoSphereReflection##N;           \
+    static constexpr auto ripper = VexoRipper##N;                                                 \
+  };
+GEOMETRY_API(32)
+GEOMETRY_API(64)
+GEOMETRY_API(128)
+#undef GEOMETRY_API
+
 template <class P>
 std::vector<P> pattern(size_t n, uint32_t seed = 1) {
   if constexpr (std::is_same_v<P, Pixel32>) return pattern32(n, seed);
@@ -20,16 +38,9 @@ std::vector<P> pattern(size_t n, uint32_t seed = 1) {
   else return pattern128(n, seed);
 }
 
-// A pixel whose four elements all hold v (scaled to the layout).
-template <class P>
-P grey(int v) {
-  using E = decltype(P{}.blue);
-  const E e = std::is_floating_point_v<E> ? static_cast<E>(v / 255.0f) : static_cast<E>(v);
-  return P{e, e, e, e};
-}
-
 struct Size {
   int32_t width, height;
+  size_t pixels() const { return static_cast<size_t>(width) * static_cast<size_t>(height); }
 };
 // One pixel, one row, one column, even, odd, and sizes that leave remainders
 // after the vector and tile widths of the fast paths.
@@ -44,6 +55,11 @@ void expectSamePixels(const std::vector<P>& got, const std::vector<P>& want) {
                     << ", want " << ::testing::PrintToString(want[i]);
       return;
     }
+}
+
+template <class P>
+bool differ(const std::vector<P>& a, const std::vector<P>& b) {
+  return a.size() != b.size() || std::memcmp(a.data(), b.data(), a.size() * sizeof(P)) != 0;
 }
 
 using Layouts = ::testing::Types<Pixel32, Pixel64, Pixel128>;
