@@ -343,7 +343,7 @@ void rotateSpan(const Picture<const P>& source, const Rotation& map, P* row, int
 // Rotates `source` into `target`: every target pixel is written, every
 // element, from the bilinear sample at its inverse-mapped position. Target
 // pixels do not depend on one another, so the fast form walks the target in
-// 64 x 64 blocks: a row of a block then reads source rows that the block's
+// 32 x 32 blocks: a row of a block then reads source rows that the block's
 // previous rows have just brought into the cache, where a whole target row
 // would cross a new source row every few pixels at most angles. The tests
 // run the plain form against the fast one.
@@ -354,7 +354,7 @@ void rotateInto(const Picture<const P>& source, const Picture<P>& target, const 
   if constexpr (!Fast) {
     forEachRow(target, [&](P* row, int32_t y) { rotateSpan<false>(source, map, row, y, 0, width); });
   } else {
-    constexpr int32_t block = 64;
+    constexpr int32_t block = 32;
     for (int32_t y0 = 0; y0 < height; y0 += std::min(block, height - y0))
       for (int32_t x0 = 0; x0 < width; x0 += std::min(block, width - x0)) {
         const int32_t y1 = y0 + std::min(block, height - y0), x1 = x0 + std::min(block, width - x0);
