@@ -50,9 +50,6 @@ class Rotation {
     return {static_cast<float>(dx * c_ - dy * s_ + hx_), static_cast<float>(dx * s_ + dy * c_ + hy_)};
   }
 
-  double cosine() const { return c_; }
-  double sine() const { return s_; }
-
 #if defined(__SSE2__)
   // The positions of target pixels x .. x + 3 of row y (x + 3 must not
   // overflow), two lanes of double at a time with the same operations.
