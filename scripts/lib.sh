@@ -30,6 +30,7 @@ ensure_packages() {
 NATIVE_PACKAGES=(cmake make g++ googletest libpng-dev pkg-config binutils file)
 WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 wine64)
 CHECK_PACKAGES=(python3 clang libclang-rt-14-dev imagemagick openimageio-tools)
+X86_PACKAGES=(g++-multilib qemu-user)
 
 # The 64-bit Wine launcher lives outside PATH on Debian.
 wine64_launcher() {

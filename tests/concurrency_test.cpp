@@ -18,8 +18,8 @@ constexpr int32_t kCount = kSide * kSide * 4;
 
 // A chain of rounding-heavy exports over one picture, different per seed.
 std::vector<Pixel32> process(uint32_t seed) {
-  std::vector<Pixel32> picture = pattern32(kSide * kSide, seed);
-  std::vector<Pixel32> layer = pattern32(kSide * kSide, seed + 1000);
+  std::vector<Pixel32> picture = pattern<Pixel32>(kSide * kSide, seed);
+  std::vector<Pixel32> layer = pattern<Pixel32>(kSide * kSide, seed + 1000);
   std::vector<Pixel128> wide(picture.size());
   Convert32to128Fast(kCount, picture.data(), wide.data());
   VexoGamma128(kSide, kSide, wide.data(), 1.0f + static_cast<float>(seed % 7) * 0.1f);
@@ -38,7 +38,7 @@ TEST(Concurrency, SimultaneousCallsGiveTheirSingleThreadedResults) {
   std::vector<std::thread> threads;
   for (uint32_t t = 0; t < kThreads; ++t) {
     threads.emplace_back([t, &expected, &mismatches] {
-      for (uint32_t r = 0; r < kRounds; ++r) mismatches[t] += !sameBytes(process(t + 1), expected[t]);
+      for (uint32_t r = 0; r < kRounds; ++r) mismatches[t] += process(t + 1) != expected[t];
     });
   }
   for (auto& th : threads) th.join();

@@ -27,7 +27,7 @@ EFFECTS_API int32_t EFFECTS_CALL Convert32BITto24BITFast(int32_t width, int32_t 
 EFFECTS_API int32_t EFFECTS_CALL Convert128BIT_3to4ChannelsFast(int32_t width, int32_t height, Pixel128* destination, const float* rgb);
 EFFECTS_API int32_t EFFECTS_CALL Convertfloat3xto64(int32_t width, int32_t height, Pixel64* destination, const float* bgr);
 EFFECTS_API int32_t EFFECTS_CALL Convert128HDRFast(int32_t width, int32_t height, Pixel128* destination, const float* rgb, int32_t reserved);
-EFFECTS_API int32_t EFFECTS_CALL Convert128HDRRAWFast(int32_t width, int32_t height, Pixel128* destination, const uint8_t* rgbe, int32_t reserved);
+EFFECTS_API int32_t EFFECTS_CALL Convert128HDRRAWFast(int32_t width, int32_t height, Pixel128* destination, const uint8_t* rgbe, int32_t reserved); /* width * 4 * height elements */
 
 /* Histograms (256 floats, never cleared: calls accumulate) and statistics.
  * On entry minimum = 1e10, maximum = 1e-10 and sum = 0, even for a count

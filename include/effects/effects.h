@@ -1,10 +1,11 @@
 /*
  * Effects: image-processing routines for layer-based paint applications.
  *
- * Every export is a flat C function with an undecorated name. On 32-bit
- * Windows the calling convention is __stdcall (the callee removes its
- * arguments); elsewhere it is the platform's C convention. The library keeps
- * no state between calls and never keeps a pointer to a caller's buffer.
+ * Every export is a flat C function with an undecorated name. On 32-bit x86
+ * (Windows and elsewhere) the calling convention is __stdcall (the callee
+ * removes its arguments); on 64-bit platforms it is the platform's C
+ * convention. The library keeps no state between calls and never keeps a
+ * pointer to a caller's buffer.
  *
  * Pixels are four elements in memory order blue, green, red, mask.
  */
@@ -15,6 +16,9 @@
 
 #if defined(_WIN32) && !defined(_WIN64)
 #  define EFFECTS_CALL __stdcall
+#elif defined(__i386__) && defined(__GNUC__)
+   /* 32-bit x86 elsewhere: the same convention as on 32-bit Windows. */
+#  define EFFECTS_CALL __attribute__((stdcall))
 #else
 #  define EFFECTS_CALL
 #endif

@@ -53,9 +53,9 @@ EFFECTS_API int32_t EFFECTS_CALL CallToneMappingOptions(const char* pluginPath, 
 /* The VXL layer file: a 16-byte little-endian header (1976, 1000, the low 16
  * bits of info1 and info2, then width and height as 32-bit values) followed
  * by the pixels exactly as they lie in memory. Return 0. */
-EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile32(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel32* pixels);
-EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile64(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel64* pixels);
-EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile128(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel128* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile32(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel32* pixels); /* width * 4 * height elements */
+EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile64(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel64* pixels); /* width * 4 * height elements */
+EFFECTS_API int32_t EFFECTS_CALL VexoSaveVXLFile128(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2, const Pixel128* pixels); /* width * 4 * height elements */
 
 EFFECTS_EXTERN_C_END
 #endif

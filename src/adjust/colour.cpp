@@ -4,15 +4,13 @@
 #include <algorithm>
 #include <type_traits>
 
-#include "adjust/colour_walk.h"
+#include "core/dispatch.h"
 #include "core/layout.h"
 #include "core/numeric.h"
+#include "core/picture.h"
 
 namespace effects {
 namespace {
-
-using colour::dispatch;
-using colour::PackedColour;
 
 // ---------------------------------------------------------------- saturation
 
@@ -125,8 +123,7 @@ inline void rotateHue(P& p, const Mix& mix) {
   }
 }
 
-// 8 bits: weights out of 255, shifted by 8. The picture is walked column by
-// column.
+// 8 bits: weights out of 255, shifted by 8.
 void hue32(int32_t width, int32_t height, Pixel32* px, int32_t hue) {
   const HueStep step = hueStep(hue);
   const int32_t w = step.weight;
@@ -135,11 +132,8 @@ void hue32(int32_t width, int32_t height, Pixel32* px, int32_t hue) {
     if (w == 255) return static_cast<uint8_t>(z);
     return static_cast<uint8_t>(((255 - w) * a + w * z) >> 8);
   };
-  if (width < 1 || height < 1) return;
-  const size_t cols = static_cast<size_t>(width), rows = static_cast<size_t>(height);
-  dispatch<0, 6>(step.sector, [&](auto sector) {
-    for (size_t x = 0; x < cols; ++x)
-      for (size_t y = 0; y < rows; ++y) rotateHue<decltype(sector)::value>(px[y * cols + x], mix);
+  withValue<0, 6>(step.sector, [&](auto sector) {
+    forEachPixel(packedPicture(width, height, px), [&](Pixel32& p) { rotateHue<decltype(sector)::value>(p, mix); });
   });
 }
 
@@ -152,8 +146,8 @@ void hue64(int32_t width, int32_t height, Pixel64* px, int32_t hue) {
     if (w == 32640) return static_cast<uint16_t>(z);
     return static_cast<uint16_t>(((32640 - w) * a + w * z) / 32640);
   };
-  dispatch<0, 6>(step.sector, [&](auto sector) {
-    forEachRowPixel(width, height, px, [&](Pixel64& p) { rotateHue<decltype(sector)::value>(p, mix); });
+  withValue<0, 6>(step.sector, [&](auto sector) {
+    forEachPixel(packedPicture(width, height, px), [&](Pixel64& p) { rotateHue<decltype(sector)::value>(p, mix); });
   });
 }
 
@@ -167,8 +161,8 @@ void hue128(int32_t width, int32_t height, Pixel128* px, int32_t hue) {
     if (w == 255) return z;
     return (wa * a + wz * z) * 0.003921569f;
   };
-  dispatch<0, 6>(step.sector, [&](auto sector) {
-    forEachRowPixel(width, height, px, [&](Pixel128& p) { rotateHue<decltype(sector)::value>(p, mix); });
+  withValue<0, 6>(step.sector, [&](auto sector) {
+    forEachPixel(packedPicture(width, height, px), [&](Pixel128& p) { rotateHue<decltype(sector)::value>(p, mix); });
   });
 }
 
@@ -178,7 +172,7 @@ void hue128(int32_t width, int32_t height, Pixel128* px, int32_t hue) {
 // its yellow, magenta and cyan can exceed 1.0.
 template <class L>
 inline typename L::Element pairOf(typename L::Element a, typename L::Element b) {
-  if constexpr (std::is_same_v<L, Layout128>) {
+  if constexpr (!L::integer) {
     return a + b;
   } else {
     return static_cast<typename L::Element>((a + b) >> 1);
@@ -189,7 +183,7 @@ template <class L>
 void colourFilter(int32_t n, typename L::Pixel* px, int32_t filter) {
   using P = typename L::Pixel;
   using E = typename L::Element;
-  dispatch<1, 6>(filter, [&](auto which) {
+  withValue<1, 6>(filter, [&](auto which) {
     constexpr int F = decltype(which)::value;
     forEachPixel(n, px, [](P& p) {
       const E b = p.blue, g = p.green, r = p.red;
@@ -215,7 +209,7 @@ void colourFilter(int32_t n, typename L::Pixel* px, int32_t filter) {
 template <class L>
 void channelCopy(int32_t n, typename L::Pixel* px, int32_t channel) {
   using P = typename L::Pixel;
-  dispatch<2, 4>(channel, [&](auto which) {
+  withValue<2, 4>(channel, [&](auto which) {
     constexpr int C = decltype(which)::value;
     forEachPixel(n, px, [](P& p) {
       if constexpr (C == 2) {
@@ -232,7 +226,7 @@ void channelCopy(int32_t n, typename L::Pixel* px, int32_t channel) {
 template <class L>
 void channelSwap(int32_t n, typename L::Pixel* px, int32_t order) {
   using P = typename L::Pixel;
-  dispatch<1, 5>(order, [&](auto which) {
+  withValue<1, 5>(order, [&](auto which) {
     constexpr int O = decltype(which)::value;
     forEachPixel(n, px, [](P& p) {
       const auto b = p.blue, g = p.green, r = p.red;
@@ -258,16 +252,15 @@ void channelSwap(int32_t n, typename L::Pixel* px, int32_t order) {
 // scaled by 1/255 into single precision (float).
 template <class L>
 struct ReplaceKey {
-  using T = std::conditional_t<std::is_same_v<L, Layout128>, float, int32_t>;
+  using T = std::conditional_t<L::integer, int32_t, float>;
   T red, green, blue;
   static ReplaceKey of(uint32_t packed) {
     const PackedColour c = PackedColour::of(packed);
     return {unit(c.red), unit(c.green), unit(c.blue)};
   }
   static T unit(int32_t v) {
-    if constexpr (is32<L>) return v;
-    else if constexpr (is64<L>) return v * 128;
-    else return static_cast<float>(v * k255);
+    if constexpr (!L::integer) return static_cast<float>(v * k255);
+    else return v * ((fullInt<L> + 1) / 256);  // 8 bits as they are, 16 bits times 128
   }
 };
 
@@ -275,7 +268,7 @@ struct ReplaceKey {
 // the bounds in 32-bit arithmetic, which wraps for extreme tolerances.
 template <class T>
 inline bool within(T key, T c, T tolerance) {
-  if constexpr (std::is_same_v<T, float>) {
+  if constexpr (std::is_floating_point_v<T>) {
     return key >= c - tolerance && key <= c + tolerance;
   } else {
     return key >= wrapSub(c, tolerance) && key <= wrapAdd(c, tolerance);
@@ -291,7 +284,7 @@ void replaceColour(int32_t n, typename L::Pixel* px, uint32_t match, uint32_t re
   const K key = K::of(match);
   const K to = K::of(replacement);
   T tol;
-  if constexpr (std::is_same_v<L, Layout128>) {
+  if constexpr (!L::integer) {
     tol = static_cast<float>(tolerance * k255);
   } else {
     tol = tolerance;

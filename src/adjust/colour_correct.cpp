@@ -3,16 +3,14 @@
 // picture's own maximum.
 #include <cmath>
 #include <cstddef>
-#include <type_traits>
-#include <vector>
 
-#include "adjust/colour_walk.h"
 #include "core/layout.h"
 #include "core/numeric.h"
+#include "core/picture.h"
+#include "core/scratch.h"
 
 namespace effects {
 namespace {
-
 
 // ------------------------------------------------------------ red-eye removal
 
@@ -23,15 +21,9 @@ template <class L>
 void redEye(int32_t width, int32_t height, typename L::Pixel* px, int32_t threshold) {
   using P = typename L::Pixel;
   using E = typename L::Element;
-  if (height < 2 || width < 2) return;
-  const size_t cols = static_cast<size_t>(width), rows = static_cast<size_t>(height);
-  auto walk = [&](auto&& f) {
-    for (size_t y = 1; y < rows; ++y) {
-      P* row = px + y * cols;
-      for (size_t x = 1; x < cols; ++x) f(row[x]);
-    }
-  };
-  if constexpr (std::is_same_v<L, Layout128>) {
+  const auto pic = packedPicture(width, height, px);
+  auto walk = [&](auto&& f) { forEachInterior(pic, 1, 1, 0, 0, [&f](P& p, int32_t, int32_t) { f(p); }); };
+  if constexpr (!L::integer) {
     const double t = threshold * k255;
     walk([t](P& p) {
       if (p.red >= p.blue && p.red >= p.green && p.blue <= t && p.green <= t)
@@ -61,17 +53,19 @@ struct ChannelStats {
 // Channels whose mid-range is well above their mean (a dark channel: ratio
 // above 2) are lifted along 1 - e^(-k x / max). The mean divides by N - 1
 // rather than N, which moves the threshold; results depend on it. Values
-// come from a copy of the input, so every channel reads the picture as it was.
+// come from a copy of the input, so every channel reads the picture as it
+// was; without memory for the copy nothing changes.
 void autoColourCorrection(int32_t width, int32_t height, Pixel32* px) {
-  if (width < 1 || height < 1) return;
-  const size_t n = static_cast<size_t>(width) * static_cast<size_t>(height);
-  const std::vector<Pixel32> source(px, px + n);
+  const auto copy = scratchCopy(packedPicture(width, height, px), ScratchSlot::First);
+  if (copy.empty()) return;
+  const size_t n = copy.pixelCount();
+  const Pixel32* source = copy.data();
 
   ChannelStats red, green, blue;
-  for (const Pixel32& p : source) {
-    red.add(p.red);
-    green.add(p.green);
-    blue.add(p.blue);
+  for (size_t i = 0; i < n; ++i) {
+    red.add(source[i].red);
+    green.add(source[i].green);
+    blue.add(source[i].blue);
   }
   // A single pixel has no N - 1 to divide by: its mean is infinite or
   // undefined, so no ratio exceeds 2 and nothing changes.

@@ -2,15 +2,13 @@
 // sine-shaped offsets, the wrapping constant tint, the web palette, grey and
 // the aged-photo tint.
 #include <cmath>
-#include <type_traits>
 
-#include "adjust/colour_walk.h"
 #include "core/layout.h"
 #include "core/numeric.h"
+#include "core/picture.h"
 
 namespace effects {
 namespace {
-
 
 // ----------------------------------------------------------- additive offsets
 
@@ -21,18 +19,17 @@ void addOffsets(int32_t width, int32_t height, typename L::Pixel* px, int32_t re
                 int32_t greenDelta, int32_t blueDelta) {
   using P = typename L::Pixel;
   using E = typename L::Element;
-  if (height < 1) return;
-  if constexpr (is128<L>) {
+  const auto pic = packedPicture(width, height, px);
+  if constexpr (!L::integer) {
     const double dr = redDelta * k255, dg = greenDelta * k255, db = blueDelta * k255;
-    forEachRowPixel(width, height, px, [=](P& p) {
+    forEachPixel(pic, [=](P& p) {
       p.red = static_cast<float>(p.red + dr);
       p.green = static_cast<float>(p.green + dg);
       p.blue = static_cast<float>(p.blue + db);
     });
   } else {
-    constexpr int32_t top = L::full;
-    auto add = [](E c, int32_t d) { return static_cast<E>(clampTo(wrapAdd(c, d), 0, top)); };
-    forEachRowPixel(width, height, px, [=](P& p) {
+    auto add = [](E c, int32_t d) { return clampStore<L>(wrapAdd(c, d)); };
+    forEachPixel(pic, [=](P& p) {
       p.red = add(p.red, redDelta);
       p.green = add(p.green, greenDelta);
       p.blue = add(p.blue, blueDelta);
@@ -50,27 +47,25 @@ void sineOffsets(int32_t width, int32_t height, typename L::Pixel* px, int32_t r
                  int32_t greenAmount, int32_t blueAmount) {
   using P = typename L::Pixel;
   using E = typename L::Element;
-  if (height < 1) return;
-  if constexpr (is128<L>) {
+  const auto pic = packedPicture(width, height, px);
+  if constexpr (!L::integer) {
     const double ar = redAmount * k255, ag = greenAmount * k255, ab = blueAmount * k255;
     auto shift = [](float c, double a) {
       const double v = c;
       return static_cast<float>(v + std::sin(v) * a);
     };
-    forEachRowPixel(width, height, px, [=](P& p) {
+    forEachPixel(pic, [=](P& p) {
       p.red = shift(p.red, ar);
       p.green = shift(p.green, ag);
       p.blue = shift(p.blue, ab);
     });
   } else {
-    constexpr int32_t top = L::full;
-    constexpr double unit = std::is_same_v<L, Layout32> ? k255 : k32767;
     const double ar = redAmount, ag = greenAmount, ab = blueAmount;
     auto shift = [](E c, double a) {
       const double v = c;
-      return static_cast<E>(clampTo(truncToInt32(v + std::sin(v * unit) * a), 0, top));
+      return truncClamp<L>(v + std::sin(v * L::unit) * a);
     };
-    forEachRowPixel(width, height, px, [=](P& p) {
+    forEachPixel(pic, [=](P& p) {
       p.red = shift(p.red, ar);
       p.green = shift(p.green, ag);
       p.blue = shift(p.blue, ab);
@@ -89,7 +84,7 @@ void constantTint(int32_t n, typename L::Pixel* px, A redAdd, A greenAdd, A blue
   using P = typename L::Pixel;
   using E = typename L::Element;
   const Channels ch = Channels::of(channel);
-  if constexpr (is128<L>) {
+  if constexpr (!L::integer) {
     const double ar = redAdd * k255, ag = greenAdd * k255, ab = blueAdd * k255;
     forEachPixel(n, px, [=](P& p) {
       if (ch.red) p.red = static_cast<float>(p.red + ar);
@@ -131,9 +126,9 @@ void webColour32(int32_t n, Pixel32* px) {
 // The same numbers on the 0..32767 scale, with elements read as signed
 // 16-bit: the result is near-black.
 void webColour64(int32_t n, Pixel64* px) {
-  auto level = [](uint16_t c) -> uint16_t { return static_cast<int16_t>(c) < 26 ? 0 : 51; };
+  auto level = [](uint16_t c) -> uint16_t { return compared<Layout64>(c) < 26 ? 0 : 51; };
   auto steps = [](uint16_t c) -> uint16_t {
-    int16_t v = static_cast<int16_t>(c);
+    int16_t v = compared<Layout64>(c);
     if (v > 128) v = 153;
     if (v > 179) v = 204;
     if (v > 230) v = 255;
@@ -159,7 +154,7 @@ void grey(int32_t n, typename L::Pixel* px, int32_t channel) {
   const Channels ch = Channels::of(channel);
   forEachPixel(n, px, [ch](P& p) {
     E avg;
-    if constexpr (is128<L>) {
+    if constexpr (!L::integer) {
       avg = (p.green + p.blue + p.red) * 0.33333334f;
     } else {
       avg = static_cast<E>((p.blue + p.green + p.red) / 3);
@@ -180,17 +175,17 @@ void agedPhoto(int32_t n, typename L::Pixel* px, int32_t channel) {
   using E = typename L::Element;
   const Channels ch = Channels::of(channel);
   if (!ch.red && !ch.green) return;
-  if constexpr (is128<L>) {
+  if constexpr (!L::integer) {
     forEachPixel(n, px, [ch](P& p) {
       if (ch.red) p.red = static_cast<float>(p.red + 0.30979338);
       if (ch.green) p.green = static_cast<float>(p.green + 0.1607715);
     });
   } else {
-    constexpr bool eight = std::is_same_v<L, Layout32>;
-    constexpr int32_t top = L::full;
-    constexpr int32_t addRed = eight ? 79 : 10151;
-    constexpr int32_t addGreen = eight ? 41 : 5268;
-    auto gain = [](int32_t c, int32_t add) { return static_cast<E>(c + add > top ? top : c + add); };
+    // 79 and 41 on the 8-bit scale; times 32767 / 255, truncated, on the
+    // 16-bit scale.
+    constexpr int32_t addRed = fullInt<L> == 255 ? 79 : 10151;
+    constexpr int32_t addGreen = fullInt<L> == 255 ? 41 : 5268;
+    auto gain = [](int32_t c, int32_t add) { return static_cast<E>(c + add > fullInt<L> ? fullInt<L> : c + add); };
     forEachPixel(n, px, [ch, gain](P& p) {
       if (ch.red) p.red = gain(p.red, addRed);
       if (ch.green) p.green = gain(p.green, addGreen);

@@ -19,9 +19,11 @@ inline void eachColour(P& p, F& f) {
   p.red = f(p.red);
 }
 
+// These exports visit the pixels of width * 4 * height elements, the product
+// formed in 32-bit arithmetic.
 template <class L, class F>
 void mapColours(uint32_t width, uint32_t height, typename L::Pixel* px, F f) {
-  forEachPixelOf(width, height, px, [&f](typename L::Pixel& p) { eachColour(p, f); });
+  forEachPixel(wrappedElementCount(width, height), px, [&f](typename L::Pixel& p) { eachColour(p, f); });
 }
 
 // Darkening scales toward black, lightening scales the distance to white.
@@ -31,7 +33,7 @@ template <class L>
 void brightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
   using E = typename L::Element;
   if (amount == 0) return;
-  if constexpr (is128<L>) {
+  if constexpr (!L::integer) {
     const float f = static_cast<float>(amount * k255);
     if (amount < 0) {
       const float m = 1 + f;
@@ -41,7 +43,7 @@ void brightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
       mapColours<L>(w, h, px, [m](float c) { return 1 - (1 - c) * m; });
     }
   } else {
-    constexpr int32_t t = top<L>;
+    constexpr int32_t t = fullInt<L>;
     if (amount < 0) {
       const int32_t m = wrapAdd(t, amount);
       mapColours<L>(w, h, px, [m](E c) { return storeLow<L>(wrapMul(c, m) / t); });
@@ -58,14 +60,14 @@ template <class L>
 void blackBrightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
   using E = typename L::Element;
   if (amount == 0) return;
-  if constexpr (is128<L>) {
+  if constexpr (!L::integer) {
     const float factor = amount * k255f + 1;
     mapColours<L>(w, h, px, [factor](float c) { return c * factor; });
   } else {
-    const float factor = amount * (is32<L> ? k255f : k32767f) + 1;
+    const float factor = amount * L::unitf + 1;
     mapColours<L>(w, h, px, [factor](E c) {
       float v = c * factor;
-      if (v > static_cast<float>(top<L>)) v = static_cast<float>(top<L>);
+      if (v > static_cast<float>(L::full)) v = static_cast<float>(L::full);
       if (v < 0) v = 0;
       return storeRounded<L>(static_cast<double>(v));
     });
@@ -77,14 +79,14 @@ void blackBrightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amou
 template <class L>
 void contrast(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
   using E = typename L::Element;
-  const float k = static_cast<float>(amount * (is64<L> ? k32767 : k255));
-  if constexpr (is128<L>) {
+  const float k = static_cast<float>(amount * L::amountUnit);
+  if constexpr (!L::integer) {
     mapColours<L>(w, h, px, [k](float c) { return static_cast<float>((c - 0.5) * k + c); });
   } else {
-    constexpr int32_t pivot = is32<L> ? 127 : 16383;
+    constexpr int32_t pivot = fullInt<L> / 2;
     mapColours<L>(w, h, px, [k](E c) {
       const float v = static_cast<float>(c - pivot) * k + static_cast<float>(c);
-      return static_cast<E>(clampTo(truncToInt32(v), 0, top<L>));
+      return truncClamp<L>(v);
     });
   }
 }
@@ -97,18 +99,18 @@ void exposure(uint32_t w, uint32_t h, typename L::Pixel* px, uint8_t mode, int32
   using E = typename L::Element;
   if (amount == 0) return;
   const double a = amount;
-  if constexpr (is128<L>) {
+  if constexpr (!L::integer) {
     if (mode > 1) return;
     const double f = a * k255;
     const double offset = mode == 0 ? std::sin(f) * f : std::cos(f) * f;
     mapColours<L>(w, h, px, [offset](float c) { return static_cast<float>(c + offset); });
   } else {
-    const double x = a * kTop<L>;
+    const double x = a * L::unit;
     const float offset = mode == 0   ? static_cast<float>(std::sin(x) * a)
                          : mode == 1 ? static_cast<float>(std::cos(x) * a)
                                      : 0.0f;
     mapColours<L>(w, h, px, [offset](E c) {
-      return static_cast<E>(clampTo(truncToInt32(static_cast<float>(c) + offset), 0, top<L>));
+      return truncClamp<L>(static_cast<float>(c) + offset);
     });
   }
 }
@@ -119,12 +121,10 @@ void fstop(uint32_t w, uint32_t h, typename L::Pixel* px, double stops) {
   using E = typename L::Element;
   if (stops == 0.0) return;
   const double factor = std::pow(2.0, 0.5 * stops);
-  if constexpr (is128<L>) {
+  if constexpr (!L::integer) {
     mapColours<L>(w, h, px, [factor](float c) { return static_cast<float>(c * factor); });
   } else {
-    mapColours<L>(w, h, px, [factor](E c) {
-      return static_cast<E>(clampTo(truncToInt32(c * factor), 0, top<L>));
-    });
+    mapColours<L>(w, h, px, [factor](E c) { return truncClamp<L>(c * factor); });
   }
 }
 
@@ -138,10 +138,10 @@ void gamma(uint32_t w, uint32_t h, typename L::Pixel* px, float gamma) {
   if (g > 10) g = 10;
   if (g == 1.0f) return;
   const double e = towardHdr ? g : 1.0f / g;
-  if constexpr (is128<L>) {
+  if constexpr (!L::integer) {
     mapColours<L>(w, h, px, [e](float c) { return static_cast<float>(std::pow(static_cast<double>(c), e)); });
   } else {
-    mapColours<L>(w, h, px, [e](E c) { return storeRounded<L>(std::pow(c * kTop<L>, e) * top<L>); });
+    mapColours<L>(w, h, px, [e](E c) { return storeRounded<L>(std::pow(c * L::unit, e) * fullInt<L>); });
   }
 }
 
@@ -151,12 +151,12 @@ template <class L>
 void levelPercentage(uint32_t w, uint32_t h, typename L::Pixel* px, float percentage) {
   using E = typename L::Element;
   const float factor = 2 - percentage;
-  if constexpr (is128<L>) {
+  if constexpr (!L::integer) {
     mapColours<L>(w, h, px, [factor](float c) { return c * factor; });
   } else {
     mapColours<L>(w, h, px, [factor](E c) {
       float v = c * factor;
-      if (v > static_cast<float>(top<L>)) v = static_cast<float>(top<L>);
+      if (v > static_cast<float>(L::full)) v = static_cast<float>(L::full);
       return storeRounded<L>(static_cast<double>(v));
     });
   }

@@ -32,7 +32,7 @@ class SineFactor {
 // the out-of-range value.
 template <class L, class T>
 typename L::Element clampRound(T v) {
-  if (v > static_cast<T>(top<L>)) v = static_cast<T>(top<L>);
+  if (v > static_cast<T>(L::full)) v = static_cast<T>(L::full);
   if (v < 0) v = 0;
   return storeRounded<L>(v);
 }
@@ -45,40 +45,37 @@ typename L::Element clampRound(T v) {
 template <class L>
 void adjustSine(uint32_t width, uint32_t height, typename L::Pixel* px, float amount, int32_t channel) {
   using E = typename L::Element;
-  if (amount == 0.0f || height < 1) return;
+  if (amount == 0.0f) return;
   const Channels ch = Channels::of(channel);
-  const uint64_t count = static_cast<uint64_t>(width) * height;
-  if constexpr (is128<L>) {
+  const auto pic = packedPicture(unsignedSize(width), unsignedSize(height), px);
+  if constexpr (!L::integer) {
     float maxBlue = 0.0f, maxGreen = 0.0f, maxRed = 0.0f;
-    for (uint64_t i = 0; i < count; ++i) {
-      const Pixel128& p = px[i];
+    forEachPixel(pic, [&](const Pixel128& p) {
       if (p.blue > maxBlue) maxBlue = p.blue;
       if (p.green > maxGreen) maxGreen = p.green;
       if (p.red > maxRed) maxRed = p.red;
-    }
+    });
     const double a = amount;
     auto curve = [a](float c, float max) {
       const double x = static_cast<double>(c) / max;
       return static_cast<float>(c * (std::sin(x * kPi * kOneOver180) + a + 1));
     };
-    for (uint64_t i = 0; i < count; ++i) {
-      Pixel128& p = px[i];
+    forEachPixel(pic, [&](Pixel128& p) {
       if (ch.blue) p.blue = curve(p.blue, maxBlue);
       if (ch.green) p.green = curve(p.green, maxGreen);
       if (ch.red) p.red = curve(p.red, maxRed);
-    }
+    });
   } else {
     const SineFactor<long double> factor(amount);
     auto curve = [&factor](E c, bool chosen) {
-      const long double v = chosen ? c * factor(c / top<L>) : static_cast<long double>(c);
+      const long double v = chosen ? c * factor(c / fullInt<L>) : static_cast<long double>(c);
       return clampRound<L>(v);
     };
-    for (uint64_t i = 0; i < count; ++i) {
-      auto& p = px[i];
+    forEachPixel(pic, [&](typename L::Pixel& p) {
       p.blue = curve(p.blue, ch.blue);
       p.green = curve(p.green, ch.green);
       p.red = curve(p.red, ch.red);
-    }
+    });
   }
 }
 
@@ -92,6 +89,13 @@ struct LevelPoints {
 // Element i of a pixel is blue, green, red for i = 0, 1, 2.
 inline bool chosen(const Channels& ch, unsigned i) { return i == 0 ? ch.blue : i == 1 ? ch.green : ch.red; }
 
+// The output points' scale of an element against its channel's maximum: the
+// 8-bit levels multiply by the reciprocal of the maximum, the 16-bit levels
+// divide by it. The two differ in the last bit for some values, and each
+// layout keeps its own form.
+inline double ofMaximum(uint8_t e, int32_t, double reciprocal) { return e * reciprocal; }
+inline double ofMaximum(uint16_t e, int32_t max, double) { return e / static_cast<double>(max); }
+
 // Integer layouts. Pass 1 applies the input points (no stretching: below
 // the low point is black, above the high point full), gamma and, on chosen
 // channels, the sine curve, and finds each channel's maximum. Pass 2 maps
@@ -99,23 +103,22 @@ inline bool chosen(const Channels& ch, unsigned i) { return i == 0 ? ch.blue : i
 template <class L>
 void adjustLevelsInt(int32_t n, typename L::Pixel* px, const LevelPoints (&pt)[3], float g, float curveAmount,
                      const Channels& ch) {
-  constexpr int32_t t = top<L>;
+  constexpr int32_t t = fullInt<L>;
   const SineFactor<double> factor(curveAmount);
   int32_t max[3] = {0, 0, 0};
   forEachPixel(n, px, [&](typename L::Pixel& p) {
     for (unsigned i = 0; i < 3; ++i) {
       auto& e = element(p, i);
-      // The 16-bit layout compares its elements as signed values.
-      int32_t c = is64<L> ? static_cast<int16_t>(e) : e;
+      int32_t c = compared<L>(e);
       if (c < pt[i].inLow) c = 0;
       if (c > pt[i].inHigh) c = t;
-      c = roundToInt16(std::pow(c * kTop<L>, static_cast<double>(g)) * t);
+      c = roundToInt16(std::pow(c * L::unit, static_cast<double>(g)) * t);
       const double v = chosen(ch, i) ? c * factor(c / t) : c;
       e = clampRound<L>(v);
       if (e > max[i]) max[i] = e;
     }
   });
-  if (!(ch.blue || ch.green || ch.red)) return;
+  if (!ch.any()) return;
   double reciprocal[3];
   for (unsigned i = 0; i < 3; ++i) reciprocal[i] = 1.0 / max[i];
   forEachPixel(n, px, [&](typename L::Pixel& p) {
@@ -123,9 +126,7 @@ void adjustLevelsInt(int32_t n, typename L::Pixel* px, const LevelPoints (&pt)[3
       if (!chosen(ch, i)) continue;
       auto& e = element(p, i);
       const double range = pt[i].outHigh - pt[i].outLow;
-      // The 8-bit layout multiplies by the reciprocal, the 16-bit one divides.
-      const double scaled = is32<L> ? e * reciprocal[i] : e / static_cast<double>(max[i]);
-      e = clampRound<L>(scaled * range + pt[i].outLow);
+      e = clampRound<L>(ofMaximum(e, max[i], reciprocal[i]) * range + pt[i].outLow);
     }
   });
 }
@@ -151,7 +152,7 @@ void adjustLevels128(int32_t n, Pixel128* px, const LevelPoints (&pt)[3], float 
       if (c > max[i]) max[i] = c;
     }
   });
-  if (!(ch.blue || ch.green || ch.red)) return;
+  if (!ch.any()) return;
   const double a = curveAmount;
   float newMax[3] = {0.0f, 0.0f, 0.0f};
   forEachPixel(n, px, [&](Pixel128& p) {
@@ -191,7 +192,7 @@ void adjustLevels(int32_t n, typename L::Pixel* px, int32_t blueInHigh, int32_t 
                              {greenInHigh, greenInLow, greenOutHigh, greenOutLow},
                              {redInHigh, redInLow, redOutHigh, redOutLow}};
   const Channels ch = Channels::of(channel);
-  if constexpr (is128<L>) adjustLevels128(n, px, pt, g, curveAmount, ch);
+  if constexpr (!L::integer) adjustLevels128(n, px, pt, g, curveAmount, ch);
   else adjustLevelsInt<L>(n, px, pt, g, curveAmount, ch);
 }
 
@@ -202,8 +203,7 @@ template <class L>
 void equalizer(int32_t n, typename L::Pixel* px, int32_t mode, int32_t channel) {
   if (mode != 1 && mode != 2) return;
   const Channels ch = Channels::of(channel);
-  // The 16-bit layout compares signed values.
-  using V = std::conditional_t<is64<L>, int16_t, typename L::Element>;
+  using V = typename L::Compare;
   forEachPixel(n, px, [&](typename L::Pixel& p) {
     V b = static_cast<V>(p.blue), g = static_cast<V>(p.green), r = static_cast<V>(p.red);
     if (b > r) r = 0;
@@ -213,8 +213,8 @@ void equalizer(int32_t n, typename L::Pixel* px, int32_t mode, int32_t channel) 
     if (r > g) g = 0;
     if (g > r) r = 0;
     auto out = [mode](V v) -> typename L::Element {
-      if constexpr (is128<L>) return mode == 1 ? v : 1.0f - v;
-      else return storeLow<L>(mode == 1 ? v : top<L> - v);
+      if constexpr (!L::integer) return mode == 1 ? v : 1.0f - v;
+      else return storeLow<L>(mode == 1 ? v : fullInt<L> - v);
     };
     if (ch.blue) p.blue = out(b);
     if (ch.green) p.green = out(g);
@@ -228,13 +228,13 @@ template <class L>
 void dodge(int32_t n, typename L::Pixel* px, int32_t amount) {
   using E = typename L::Element;
   const int32_t factor = wrapAdd(divTrunc(amount, 100), 1);
-  if constexpr (is128<L>) {
+  if constexpr (!L::integer) {
     const float f = static_cast<float>(factor);
     forEachPixel(n, px, [f](Pixel128& p) { p.blue *= f; p.green *= f; p.red *= f; });
   } else {
     auto scale = [factor](E c) {
       const int32_t v = wrapMul(c, factor);
-      return storeLow<L>(v > top<L> ? top<L> : v);
+      return storeLow<L>(v > fullInt<L> ? fullInt<L> : v);
     };
     forEachPixel(n, px, [&scale](typename L::Pixel& p) {
       p.blue = scale(p.blue);

@@ -2,6 +2,7 @@
 // sized destination or placed on a larger canvas, and the 8-bit picture of
 // the result is handed to a device context. The arithmetic is the blend
 // engine's; this file adds the walks, the display pictures and the hand-off.
+#include <algorithm>
 #include <type_traits>
 
 #include "composite/blend.h"
@@ -35,34 +36,57 @@ inline void showWhole(const Pixel128& p, Pixel32& out) {
   out.blue = Q8(p.blue); out.green = Q8(p.green); out.red = Q8(p.red); out.mask = Q8(p.mask);
 }
 
-// Source and destination of equal size, composited index for index (with
+// The display pixel of a Direct composite: blue, green and red of the canvas
+// (the fourth byte is not written), 16 bits shifted down to 8, float through
+// Q8 after mode 0 and clamped-and-rounded after the other modes.
+struct ShowDirect {
+  bool normal;
+  void operator()(const Pixel32& c, Pixel32* d) const {
+    if (d) { d->blue = c.blue; d->green = c.green; d->red = c.red; }
+  }
+  void operator()(const Pixel64& c, Pixel32* d) const {
+    if (d) { d->blue = shown(c.blue); d->green = shown(c.green); d->red = shown(c.red); }
+  }
+  void operator()(const Pixel128& c, Pixel32* d) const {
+    if (!d) return;
+    if (normal) {
+      d->blue = Q8(c.blue); d->green = Q8(c.green); d->red = Q8(c.red);
+    } else {
+      d->blue = shownClamped(c.blue); d->green = shownClamped(c.green); d->red = shownClamped(c.red);
+    }
+  }
+};
+
+// Source and destination of equal size, composited pixel for pixel (with
 // flip, destination row r takes source row height - 1 - r). The 8-bit
 // destination is itself the picture; the others are shown through `display`.
 template <class L>
 int32_t advanced(void* dc, int32_t x, int32_t y, int32_t width, int32_t height,
                  typename L::Pixel* dst, const typename L::Pixel* src, Pixel32* display,
                  uint8_t opacity, int32_t mode, bool flip) {
+  using P = typename L::Pixel;
   if (opacity == 0) return -1;
   const Weight<L> w(opacity);
-  constexpr bool ownPicture = std::is_same_v<L, Layout32>;
-  if (width > 0 && height > 0) {
-    const size_t cols = static_cast<size_t>(width), rows = static_cast<size_t>(height);
+  constexpr bool ownPicture = std::is_same_v<P, Pixel32>;
+  const auto destination = packedPicture(width, height, dst);
+  const auto source = packedPicture(width, height, src);
+  const auto out = packedPicture(width, height, display);
+  if (!source.empty()) {
     const bool known = blend::withMode(mode, [&](auto m) {
-      for (size_t r = 0; r < rows; ++r) {
-        typename L::Pixel* d = dst + r * cols;
-        const typename L::Pixel* s = src + (flip ? rows - 1 - r : r) * cols;
-        Pixel32* out = ownPicture ? nullptr : display + r * cols;
-        for (size_t c = 0; c < cols; ++c) {
+      forEachRow(destination, [&](P* d, int32_t r) {
+        const P* s = source.row(flip ? height - 1 - r : r);
+        Pixel32* o = ownPicture || out.empty() ? nullptr : out.row(r);
+        for (int32_t c = 0; c < width; ++c) {
           blend::blendPixel<L, decltype(m)::value>(d[c], s[c], w);
-          if constexpr (!ownPicture) showWhole(d[c], out[c]);
+          if constexpr (!ownPicture) {
+            if (o) showWhole(d[c], o[c]);
+          }
         }
-      }
+      });
     });
     if constexpr (!ownPicture) {
       // an unknown mode blends nothing, but the picture still shows the destination
-      if (!known) {
-        for (size_t i = 0; i < rows * cols; ++i) showWhole(dst[i], display[i]);
-      }
+      if (!known) forEachPixelPair(destination, out, [](const P& d, Pixel32& o) { showWhole(d, o); });
     }
   }
   const Pixel32* picture = ownPicture ? reinterpret_cast<const Pixel32*>(dst) : display;
@@ -87,29 +111,11 @@ int32_t advancedDirect(void* dc, int32_t x, int32_t y, int32_t width, int32_t he
                        int32_t canvasHeight, uint8_t opacity, int32_t mode) {
   if (opacity == 0) return -1;
   if (mode < 0 || mode >= blend::kModeCount) return 0;
-  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
-  const Weight<L> w(opacity);
-  if constexpr (std::is_same_v<L, Layout32>) {
-    compositeOnCanvas<L>(p, src, canvas, w, mode, [display](const Pixel32& c, size_t i) {
-      display[i].blue = c.blue; display[i].green = c.green; display[i].red = c.red;
-    });
-  } else if constexpr (std::is_same_v<L, Layout64>) {
-    compositeOnCanvas<L>(p, src, canvas, w, mode, [display](const Pixel64& c, size_t i) {
-      display[i].blue = shown(c.blue); display[i].green = shown(c.green); display[i].red = shown(c.red);
-    });
-  } else if (mode == blend::Normal) {
-    compositeOnCanvas<L>(p, src, canvas, w, mode, [display](const Pixel128& c, size_t i) {
-      display[i].blue = Q8(c.blue); display[i].green = Q8(c.green); display[i].red = Q8(c.red);
-    });
-  } else {
-    compositeOnCanvas<L>(p, src, canvas, w, mode, [display](const Pixel128& c, size_t i) {
-      display[i].blue = shownClamped(c.blue);
-      display[i].green = shownClamped(c.green);
-      display[i].red = shownClamped(c.red);
-    });
-  }
-  present(dc, x, y, width, height, static_cast<uint32_t>(p.rowEnd), canvasImageSize(canvasWidth, height),
-          display);
+  const auto p = placeOn(x, y, width, height, src, canvas, canvasWidth, canvasHeight);
+  compositeOnCanvas<L>(p, packedPicture(width, height, display), Weight<L>(opacity), mode,
+                       ShowDirect{mode == EFFECTS_BLEND_NORMAL});
+  present(dc, x, y, width, height, static_cast<uint32_t>(p.placement.rowEnd),
+          canvasImageSize(canvasWidth, height), display);
   return 1;
 }
 
@@ -119,7 +125,7 @@ int32_t advancedDirect(void* dc, int32_t x, int32_t y, int32_t width, int32_t he
 template <class L>
 typename L::Element paintedMask(typename L::Element c, typename L::Element m, const Weight<L>& w,
                                 int32_t mode) {
-  if constexpr (std::is_same_v<L, Layout128>) {
+  if constexpr (!L::integer) {
     const double amount = static_cast<double>(m) * w.k * static_cast<double>(m);
     if (mode == 2) return static_cast<float>(std::min(1.0, static_cast<double>(c) + amount));
     if (mode == 1) return static_cast<float>(std::max(0.0, static_cast<double>(c) - amount));
@@ -142,15 +148,21 @@ int32_t advancedMask(void* dc, int32_t x, int32_t y, int32_t width, int32_t heig
                      const typename L::Pixel* src, typename L::Pixel* canvas, int32_t canvasWidth,
                      int32_t canvasHeight, uint8_t opacity, int32_t mode) {
   if (opacity == 0) return -1;
-  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
+  const auto p = placeOn(x, y, width, height, src, canvas, canvasWidth, canvasHeight);
+  const auto out = packedPicture(width, height, display);
   const Weight<L> w(opacity);
-  p.forEach([&](size_t ci, size_t ri, size_t di) {
-    const auto m = src[ri].mask;
-    if (m != 0) canvas[ci].mask = paintedMask<L>(canvas[ci].mask, m, w, mode);
-    display[di].mask = shownMask(canvas[ci].mask);
+  p.placement.forEachRow([&](int32_t cy, int32_t ry, int32_t cx, int32_t rx, int32_t n) {
+    typename L::Pixel* c = p.canvas.row(cy) + cx;
+    const typename L::Pixel* s = p.region.row(ry) + rx;
+    Pixel32* d = out.empty() ? nullptr : out.row(p.placement.flipped(ry)) + rx;
+    for (int32_t i = 0; i < n; ++i) {
+      const auto m = s[i].mask;
+      if (m != 0) c[i].mask = paintedMask<L>(c[i].mask, m, w, mode);
+      if (d) d[i].mask = shownMask(c[i].mask);
+    }
   });
-  present(dc, x, y, width, height, static_cast<uint32_t>(p.rowEnd), canvasImageSize(canvasWidth, height),
-          display);
+  present(dc, x, y, width, height, static_cast<uint32_t>(p.placement.rowEnd),
+          canvasImageSize(canvasWidth, height), display);
   return 1;
 }
 

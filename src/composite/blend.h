@@ -1,7 +1,11 @@
 // The blend engine: the per-layout weight, the seventeen per-element blend
-// modes and the dispatch that picks one mode per call. Every compositing
-// export (layers onto canvases, block merges, and the GDI mask compositing)
-// goes through here, so the arithmetic lives in one place.
+// modes, and the per-pixel step of the layer composites.
+//
+// The mode arithmetic is a template over the target's and the source's
+// colour types: anything with blue, green and red of the layout's element
+// type. The layer composites blend a pixel into a pixel; device-context rows
+// (Pixel24) and a single constant colour go through the same arithmetic.
+// Which pixels are skipped, and any shortcut, is the caller's rule.
 //
 // The integer layouts keep two deliberate oddities: the multiply and screen
 // targets divide by the full value *before* multiplying (so 8-bit multiply
@@ -12,22 +16,15 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <type_traits>
-#include <utility>
 
+#include "core/dispatch.h"
 #include "core/layout.h"
 #include "core/numeric.h"
+#include "effects/composite.h"
 
 namespace effects::blend {
 
 inline constexpr int32_t kModeCount = 17;
-
-enum Mode : int32_t {
-  Normal = 0, Darken, Lighten, Difference, Multiply, Screen, Overlay, HardLight, PinLight,
-  RedFromSource, GreenFromSource, BlueFromSource,
-  RedFromInvertedSource, GreenFromInvertedSource, BlueFromInvertedSource,
-  Add, Subtract
-};
 
 // The weight of a pixel: a = source mask x k, with k fixed per call.
 // 8 bits: k = opacity / 25500 as the single-precision 3.92156862e-5 (percent to
@@ -68,18 +65,20 @@ inline float mix(float d, float t, double a) {
   return static_cast<float>(static_cast<double>(d) + static_cast<double>(t - d) * a);
 }
 
-// Modes 15 and 16: the weighted source is rounded first, then added or
-// subtracted and clamped to 0..M. The float layout neither rounds nor clamps.
-template <class E, class A>
-inline E addWeighted(E d, E s, A a, bool subtract) {
-  if constexpr (std::is_same_v<E, float>) {
+// Modes 15 and 16: the weighted source is rounded first, then added and
+// limited to full, or subtracted and limited to 0. Only that one bound
+// applies: a negative weight (an opacity below 0) can carry a sum past the
+// other, and the store then keeps its low bits. The float layout neither
+// rounds nor clamps.
+template <class L, class A>
+inline typename L::Element addWeighted(typename L::Element d, typename L::Element s, A a, bool subtract) {
+  if constexpr (!L::integer) {
     const double w = static_cast<double>(s) * a;
     return static_cast<float>(subtract ? static_cast<double>(d) - w : static_cast<double>(d) + w);
   } else {
-    constexpr int64_t M = std::is_same_v<E, uint8_t> ? 255 : 32767;
     const int64_t q = roundToInt32(static_cast<A>(s) * a);
-    const int64_t v = subtract ? std::max<int64_t>(0, d - q) : std::min<int64_t>(M, d + q);
-    return static_cast<E>(static_cast<uint64_t>(v));
+    const int64_t v = subtract ? std::max<int64_t>(0, d - q) : std::min<int64_t>(fullInt<L>, d + q);
+    return static_cast<typename L::Element>(static_cast<uint64_t>(v));
   }
 }
 
@@ -89,49 +88,51 @@ constexpr int32_t multiplyTarget(int32_t d, int32_t s) { return (s / M) * d; }
 template <int32_t M>
 constexpr int32_t screenTarget(int32_t d, int32_t s) { return M - ((M - s) / M) * (M - d); }
 
+// The switch points of the integer layouts: overlay and hard light take the
+// screen branch at T and above; pin light lightens above T (so at 129 in 8
+// bits, not 128).
+template <class L>
+inline constexpr int32_t kThreshold = fullInt<L> == 255 ? 128 : 16447;
+
 // One colour element under one mode, for the modes that treat blue, green and
 // red alike (0..8, 15, 16). Returns the new value of d.
-template <class L, int32_t Mode_>
+template <class L, int32_t Mode>
 inline typename L::Element blendElement(typename L::Element d, typename L::Element s,
                                         typename Weight<L>::Type a) {
-  using E = typename L::Element;
-  if constexpr (Mode_ == Add || Mode_ == Subtract) {
-    return addWeighted<E>(d, s, a, Mode_ == Subtract);
-  } else if constexpr (std::is_same_v<E, float>) {
-    switch (Mode_) {
-      case Normal: return mix(d, s, a);
-      case Darken: return d > s ? mix(d, s, a) : d;
-      case Lighten: return s > d ? mix(d, s, a) : d;
-      case Difference: return mix(d, std::fabs(d - s), a);
-      case Multiply: return mix(d, d * s, a);
-      case Screen: return mix(d, 1 - (1 - s) * (1 - d), a);
-      case Overlay: return mix(d, d < 0.5 ? d * s : 1 - (1 - s) * (1 - d), a);
-      case HardLight: return mix(d, s < 0.5 ? d * s : 1 - (1 - s) * (1 - d), a);
-      case PinLight:
+  if constexpr (Mode == EFFECTS_BLEND_ADD || Mode == EFFECTS_BLEND_SUBTRACT) {
+    return addWeighted<L>(d, s, a, Mode == EFFECTS_BLEND_SUBTRACT);
+  } else if constexpr (!L::integer) {
+    switch (Mode) {
+      case EFFECTS_BLEND_NORMAL: return mix(d, s, a);
+      case EFFECTS_BLEND_DARKEN: return d > s ? mix(d, s, a) : d;
+      case EFFECTS_BLEND_LIGHTEN: return s > d ? mix(d, s, a) : d;
+      case EFFECTS_BLEND_DIFFERENCE: return mix(d, std::fabs(d - s), a);
+      case EFFECTS_BLEND_MULTIPLY: return mix(d, d * s, a);
+      case EFFECTS_BLEND_SCREEN: return mix(d, 1 - (1 - s) * (1 - d), a);
+      case EFFECTS_BLEND_OVERLAY: return mix(d, d < 0.5 ? d * s : 1 - (1 - s) * (1 - d), a);
+      case EFFECTS_BLEND_HARD_LIGHT: return mix(d, s < 0.5 ? d * s : 1 - (1 - s) * (1 - d), a);
+      case EFFECTS_BLEND_PIN_LIGHT:
         if (s > 0.5) return s > d ? mix(d, s, a) : d;
         return s < d ? mix(d, s, a) : d;
       default: return d;
     }
   } else {
-    constexpr int32_t M = L::full;
-    // The switch points: overlay and hard light take the screen branch at T
-    // and above; pin light lightens above P (so at 129 in 8 bits, not 128).
-    constexpr int32_t T = std::is_same_v<L, Layout32> ? 128 : 16447;
-    constexpr int32_t P = T;
+    constexpr int32_t M = fullInt<L>;
+    constexpr int32_t T = kThreshold<L>;
     const int32_t di = d, si = s;
-    switch (Mode_) {
-      case Normal: return mix(d, si, a);
-      case Darken: return di > si ? mix(d, si, a) : d;
-      case Lighten: return si > di ? mix(d, si, a) : d;
-      case Difference: return mix(d, di > si ? di - si : si - di, a);
-      case Multiply: return mix(d, multiplyTarget<M>(di, si), a);
-      case Screen: return mix(d, screenTarget<M>(di, si), a);
-      case Overlay:
+    switch (Mode) {
+      case EFFECTS_BLEND_NORMAL: return mix(d, si, a);
+      case EFFECTS_BLEND_DARKEN: return di > si ? mix(d, si, a) : d;
+      case EFFECTS_BLEND_LIGHTEN: return si > di ? mix(d, si, a) : d;
+      case EFFECTS_BLEND_DIFFERENCE: return mix(d, di > si ? di - si : si - di, a);
+      case EFFECTS_BLEND_MULTIPLY: return mix(d, multiplyTarget<M>(di, si), a);
+      case EFFECTS_BLEND_SCREEN: return mix(d, screenTarget<M>(di, si), a);
+      case EFFECTS_BLEND_OVERLAY:
         return mix(d, di >= T ? screenTarget<M>(di, si) : multiplyTarget<M>(di, si), a);
-      case HardLight:
+      case EFFECTS_BLEND_HARD_LIGHT:
         return mix(d, si >= T ? screenTarget<M>(di, si) : multiplyTarget<M>(di, si), a);
-      case PinLight:
-        if (si > P) return si > di ? mix(d, si, a) : d;
+      case EFFECTS_BLEND_PIN_LIGHT:
+        if (si > T) return si > di ? mix(d, si, a) : d;
         return si < di ? mix(d, si, a) : d;
       default: return d;
     }
@@ -141,27 +142,26 @@ inline typename L::Element blendElement(typename L::Element d, typename L::Eleme
 // M - s, the target of modes 12 to 14.
 template <class L>
 inline auto invertedSource(typename L::Element s) {
-  if constexpr (std::is_same_v<L, Layout128>) return 1 - s;
-  else return static_cast<int32_t>(L::full) - static_cast<int32_t>(s);
+  if constexpr (!L::integer) return 1 - s;
+  else return fullInt<L> - static_cast<int32_t>(s);
 }
 
-// Blends the colour of one pixel under a mode fixed at compile time; the mask
-// element of d is never changed. The caller has already skipped pixels whose
-// source mask is 0.
-template <class L, int32_t Mode_>
-inline void blendColour(typename L::Pixel& d, const typename L::Pixel& s,
-                        typename Weight<L>::Type a) {
-  switch (Mode_) {
-    case RedFromSource: d.red = mix(d.red, s.red, a); return;
-    case GreenFromSource: d.green = mix(d.green, s.green, a); return;
-    case BlueFromSource: d.blue = mix(d.blue, s.blue, a); return;
-    case RedFromInvertedSource: d.red = mix(d.red, invertedSource<L>(s.red), a); return;
-    case GreenFromInvertedSource: d.green = mix(d.green, invertedSource<L>(s.green), a); return;
-    case BlueFromInvertedSource: d.blue = mix(d.blue, invertedSource<L>(s.blue), a); return;
+// Blends the colour of a target (a pixel, a 24-bit row pixel) toward a source
+// (a pixel, a constant colour) under a mode fixed at compile time, with the
+// arithmetic of layout L. Only blue, green and red change.
+template <class L, int32_t Mode, class Target, class Source>
+inline void blendColour(Target& d, const Source& s, typename Weight<L>::Type a) {
+  switch (Mode) {
+    case EFFECTS_BLEND_RED_FROM_SOURCE: d.red = mix(d.red, s.red, a); return;
+    case EFFECTS_BLEND_GREEN_FROM_SOURCE: d.green = mix(d.green, s.green, a); return;
+    case EFFECTS_BLEND_BLUE_FROM_SOURCE: d.blue = mix(d.blue, s.blue, a); return;
+    case EFFECTS_BLEND_RED_FROM_INVERTED_SOURCE: d.red = mix(d.red, invertedSource<L>(s.red), a); return;
+    case EFFECTS_BLEND_GREEN_FROM_INVERTED_SOURCE: d.green = mix(d.green, invertedSource<L>(s.green), a); return;
+    case EFFECTS_BLEND_BLUE_FROM_INVERTED_SOURCE: d.blue = mix(d.blue, invertedSource<L>(s.blue), a); return;
     default:
-      d.blue = blendElement<L, Mode_>(d.blue, s.blue, a);
-      d.green = blendElement<L, Mode_>(d.green, s.green, a);
-      d.red = blendElement<L, Mode_>(d.red, s.red, a);
+      d.blue = blendElement<L, Mode>(d.blue, s.blue, a);
+      d.green = blendElement<L, Mode>(d.green, s.green, a);
+      d.red = blendElement<L, Mode>(d.red, s.red, a);
   }
 }
 
@@ -169,9 +169,9 @@ inline void blendColour(typename L::Pixel& d, const typename L::Pixel& s,
 // is 0, otherwise move its colour toward the mode's target by a = m x k.
 // Float mode 0 differs twice: it skips any mask not above 0, and when
 // opacity x 0.01 + m is exactly 2.0 it copies the source colour bit for bit.
-template <class L, int32_t Mode_>
+template <class L, int32_t Mode>
 inline void blendPixel(typename L::Pixel& d, const typename L::Pixel& s, const Weight<L>& w) {
-  if constexpr (std::is_same_v<L, Layout128> && Mode_ == Normal) {
+  if constexpr (!L::integer && Mode == EFFECTS_BLEND_NORMAL) {
     if (!(s.mask > 0.0f)) return;
     if (w.k + static_cast<double>(s.mask) == 2.0) {
       d.blue = s.blue; d.green = s.green; d.red = s.red;
@@ -180,24 +180,14 @@ inline void blendPixel(typename L::Pixel& d, const typename L::Pixel& s, const W
   } else {
     if (s.mask == 0) return;
   }
-  blendColour<L, Mode_>(d, s, w.of(s.mask));
+  blendColour<L, Mode>(d, s, w.of(s.mask));
 }
 
 // Calls f(std::integral_constant<int32_t, mode>) for a mode in 0..16 so each
 // mode runs its own loop; returns false (calling nothing) for any other mode.
 template <class F>
 inline bool withMode(int32_t mode, F&& f) {
-  switch (mode) {
-#define EFFECTS_BLEND_CASE(m) \
-    case m: f(std::integral_constant<int32_t, m>{}); return true;
-    EFFECTS_BLEND_CASE(0) EFFECTS_BLEND_CASE(1) EFFECTS_BLEND_CASE(2) EFFECTS_BLEND_CASE(3)
-    EFFECTS_BLEND_CASE(4) EFFECTS_BLEND_CASE(5) EFFECTS_BLEND_CASE(6) EFFECTS_BLEND_CASE(7)
-    EFFECTS_BLEND_CASE(8) EFFECTS_BLEND_CASE(9) EFFECTS_BLEND_CASE(10) EFFECTS_BLEND_CASE(11)
-    EFFECTS_BLEND_CASE(12) EFFECTS_BLEND_CASE(13) EFFECTS_BLEND_CASE(14) EFFECTS_BLEND_CASE(15)
-    EFFECTS_BLEND_CASE(16)
-#undef EFFECTS_BLEND_CASE
-    default: return false;
-  }
+  return withValue<0, kModeCount - 1>(mode, static_cast<F&&>(f));
 }
 
 }  // namespace effects::blend

@@ -3,8 +3,9 @@
 // shares this routine.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+
+#include "core/picture.h"
 
 namespace effects::composite {
 
@@ -14,48 +15,56 @@ namespace effects::composite {
 // at 0, so a region wholly outside yields an empty range. The arithmetic is
 // 64-bit so that no position overflows.
 struct Placement {
-  int64_t x, y, width, height, canvasWidth;
+  int64_t x, y, width, height;
   int64_t rowStart, rowEnd, colStart, colEnd;
 
   bool empty() const { return rowStart >= rowEnd || colStart >= colEnd; }
 
-  // Index of canvas pixel (cx, cy).
-  size_t canvasIndex(int64_t cx, int64_t cy) const {
-    return static_cast<size_t>(cy * canvasWidth + cx);
-  }
-  // Index of the region pixel that lands on (cx, cy); with flip the region is
-  // read (or written) upside down.
-  size_t regionIndex(int64_t cx, int64_t cy, bool flip) const {
-    const int64_t ry = flip ? height - 1 - (cy - y) : cy - y;
-    return static_cast<size_t>(ry * width + (cx - x));
-  }
-
-  // Visits the covered pixels row by row from the top, left to right:
-  // f(canvasIndex, regionIndex, flippedIndex), where flippedIndex is the
-  // region index with the region turned upside down (a Flip export's region
-  // pixel, and the bottom-up display pixel of a canvas composite).
+  // Visits the covered rows from the top: f(canvasRow, regionRow, canvasColumn,
+  // regionColumn, count) for the `count` covered pixels of canvas row
+  // `canvasRow` from `canvasColumn` on, which land on region row `regionRow`
+  // from `regionColumn` on. A region turned upside down (a Flip export's
+  // region, the bottom-up display of a composite) has row height - 1 -
+  // regionRow there.
   template <class F>
-  void forEach(F&& f) const {
-    for (int64_t cy = rowStart; cy < rowEnd; ++cy) {
-      const int64_t canvasRow = cy * canvasWidth;
-      const int64_t regionRow = (cy - y) * width - x;
-      const int64_t flippedRow = (height - 1 - (cy - y)) * width - x;
-      for (int64_t cx = colStart; cx < colEnd; ++cx)
-        f(static_cast<size_t>(canvasRow + cx), static_cast<size_t>(regionRow + cx),
-          static_cast<size_t>(flippedRow + cx));
-    }
+  void forEachRow(F&& f) const {
+    if (empty()) return;
+    const auto count = static_cast<int32_t>(colEnd - colStart);
+    for (int64_t cy = rowStart; cy < rowEnd; ++cy)
+      f(static_cast<int32_t>(cy), static_cast<int32_t>(cy - y), static_cast<int32_t>(colStart),
+        static_cast<int32_t>(colStart - x), count);
   }
+  int32_t flipped(int32_t regionRow) const { return static_cast<int32_t>(height - 1 - regionRow); }
 };
 
 inline Placement place(int32_t x, int32_t y, int32_t width, int32_t height, int32_t canvasWidth,
                        int32_t canvasHeight) {
-  Placement p{x, y, width, height, canvasWidth, 0, 0, 0, 0};
+  Placement p{x, y, width, height, 0, 0, 0, 0};
   p.rowEnd = p.y + height;
   if (p.y + height - 1 >= canvasHeight) p.rowEnd = canvasHeight;
   p.colEnd = p.x + width;
   if (p.x + width - 1 >= canvasWidth) p.colEnd = canvasWidth;
   p.rowStart = y > 0 ? y : 0;
   p.colStart = x > 0 ? x : 0;
+  return p;
+}
+
+// The region and the canvas of a placement as pictures. Whenever the
+// placement covers anything, both are real pictures that contain every
+// covered pixel; a size that cannot exist gives an empty placement.
+template <class R, class C>
+struct Placed {
+  Placement placement;
+  Picture<R> region;
+  Picture<C> canvas;
+};
+
+template <class R, class C>
+inline Placed<R, C> placeOn(int32_t x, int32_t y, int32_t width, int32_t height, R* region, C* canvas,
+                            int32_t canvasWidth, int32_t canvasHeight) {
+  Placed<R, C> p{place(x, y, width, height, canvasWidth, canvasHeight), packedPicture(width, height, region),
+                 packedPicture(canvasWidth, canvasHeight, canvas)};
+  if (p.region.empty() || p.canvas.empty()) p.placement.rowEnd = p.placement.rowStart;
   return p;
 }
 

@@ -3,8 +3,6 @@
 // (optionally upside down, with or without the mask), merging two equal
 // buffers through the source mask, and painting a layer mask into a canvas
 // mask.
-#include <type_traits>
-
 #include "composite/blend.h"
 #include "composite/canvas.h"
 #include "composite/clip.h"
@@ -19,9 +17,8 @@ int32_t directBlend(int32_t x, int32_t y, int32_t width, int32_t height, const t
                     typename L::Pixel* canvas, int32_t canvasWidth, int32_t canvasHeight, int32_t opacity,
                     int32_t mode) {
   if (opacity == 0) return -1;
-  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
-  if (p.rowStart >= p.rowEnd) return 1;
-  compositeOnCanvas<L>(p, src, canvas, blend::Weight<L>(opacity), mode, NoDisplay{});
+  const auto p = placeOn(x, y, width, height, src, canvas, canvasWidth, canvasHeight);
+  compositeOnCanvas<L>(p, Picture<Pixel32>{}, blend::Weight<L>(opacity), mode, NoDisplay{});
   return 1;
 }
 
@@ -34,24 +31,38 @@ inline void copyPixel(P& to, const P& from, bool withMask) {
   }
 }
 
-// Region into canvas. Elements are copied as they are, no conversion.
+// Region into canvas (paste), or canvas into region (cut: only region pixels
+// over a covered canvas pixel change). Elements are copied as they are, no
+// conversion; with flip the region is read or written upside down.
 template <class P>
-int32_t pasteRegion(int32_t x, int32_t y, int32_t width, int32_t height, const P* region, P* canvas,
-                    int32_t canvasWidth, int32_t canvasHeight, bool flip, bool withMask) {
-  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
-  if (p.rowStart >= p.rowEnd) return 1;
-  p.forEach([&](size_t ci, size_t ri, size_t fi) { copyPixel(canvas[ci], region[flip ? fi : ri], withMask); });
+int32_t transfer(int32_t x, int32_t y, int32_t width, int32_t height, P* region, P* canvas,
+                 int32_t canvasWidth, int32_t canvasHeight, bool intoCanvas, bool flip, bool withMask) {
+  const auto p = placeOn(x, y, width, height, region, canvas, canvasWidth, canvasHeight);
+  p.placement.forEachRow([&](int32_t cy, int32_t ry, int32_t cx, int32_t rx, int32_t n) {
+    P* c = p.canvas.row(cy) + cx;
+    P* r = p.region.row(flip ? p.placement.flipped(ry) : ry) + rx;
+    for (int32_t i = 0; i < n; ++i) {
+      if (intoCanvas) copyPixel(c[i], r[i], withMask);
+      else copyPixel(r[i], c[i], withMask);
+    }
+  });
   return 1;
 }
 
-// Canvas into region: only region pixels over a covered canvas pixel change.
+template <class P>
+int32_t pasteRegion(int32_t x, int32_t y, int32_t width, int32_t height, const P* region, P* canvas,
+                    int32_t canvasWidth, int32_t canvasHeight, bool flip, bool withMask) {
+  // The region is only read on this path.
+  return transfer(x, y, width, height, const_cast<P*>(region), canvas, canvasWidth, canvasHeight, true, flip,
+                  withMask);
+}
+
 template <class P>
 int32_t cutRegion(int32_t x, int32_t y, int32_t width, int32_t height, P* region, const P* canvas,
                   int32_t canvasWidth, int32_t canvasHeight, bool flip, bool withMask) {
-  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
-  if (p.rowStart >= p.rowEnd) return 1;
-  p.forEach([&](size_t ci, size_t ri, size_t fi) { copyPixel(region[flip ? fi : ri], canvas[ci], withMask); });
-  return 1;
+  // The canvas is only read on this path.
+  return transfer(x, y, width, height, region, const_cast<P*>(canvas), canvasWidth, canvasHeight, false, flip,
+                  withMask);
 }
 
 // d + (s - d) x m x f through the source mask. The 8-bit factor is the
@@ -80,14 +91,17 @@ void drawRegional(int32_t elementCount, const typename L::Pixel* src, typename L
 int32_t directMask(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel32* src, Pixel32* canvas,
                    int32_t canvasWidth, int32_t canvasHeight, int32_t opacity) {
   if (opacity == 0) return -1;
-  const Placement p = place(x, y, width, height, canvasWidth, canvasHeight);
-  if (p.rowStart >= p.rowEnd) return 1;
+  const auto p = placeOn(x, y, width, height, src, canvas, canvasWidth, canvasHeight);
   const float k = static_cast<float>(opacity) * 3.92156862e-5f;
-  p.forEach([&](size_t ci, size_t ri, size_t) {
-    const uint8_t m = src[ri].mask;
-    if (m == 0) return;
-    const uint8_t c = canvas[ci].mask;
-    canvas[ci].mask = roundLowByte(static_cast<float>(m) * k * static_cast<float>(m - c) + static_cast<float>(c));
+  p.placement.forEachRow([&](int32_t cy, int32_t ry, int32_t cx, int32_t rx, int32_t n) {
+    Pixel32* c = p.canvas.row(cy) + cx;
+    const Pixel32* r = p.region.row(ry) + rx;
+    for (int32_t i = 0; i < n; ++i) {
+      const uint8_t m = r[i].mask;
+      if (m == 0) continue;
+      const uint8_t old = c[i].mask;
+      c[i].mask = roundLowByte(static_cast<float>(m) * k * static_cast<float>(m - old) + static_cast<float>(old));
+    }
   });
   return 1;
 }

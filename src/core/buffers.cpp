@@ -1,38 +1,30 @@
 // Mask utilities, colour inversion and the fill of a new picture: single
 // passes over an ElementCount buffer, one template per family.
-#include <type_traits>
-
 #include "core/layout.h"
+#include "core/picture.h"
 
 namespace effects {
 namespace {
 
 // 8 bits: the bitwise complement. 16 bits: 32767 - x in 16-bit arithmetic,
 // so a value above 32767 wraps. Float: 1.0 - x, no clamping.
-template <class L>
-typename L::Element inverted(typename L::Element x) {
-  if constexpr (std::is_same_v<L, Layout32>) {
-    return static_cast<uint8_t>(~x);
-  } else if constexpr (std::is_same_v<L, Layout64>) {
-    return static_cast<uint16_t>(32767u - x);
-  } else {
-    return 1.0f - x;
-  }
-}
+inline uint8_t inverted(uint8_t x) { return static_cast<uint8_t>(~x); }
+inline uint16_t inverted(uint16_t x) { return static_cast<uint16_t>(32767u - x); }
+inline float inverted(float x) { return 1.0f - x; }
 
 template <class L>
 void invert(int32_t n, typename L::Pixel* px, int32_t channel) {
   const Channels c = Channels::of(channel);
   forEachPixel(n, px, [c](typename L::Pixel& p) {
-    if (c.red) p.red = inverted<L>(p.red);
-    if (c.green) p.green = inverted<L>(p.green);
-    if (c.blue) p.blue = inverted<L>(p.blue);
+    if (c.red) p.red = inverted(p.red);
+    if (c.green) p.green = inverted(p.green);
+    if (c.blue) p.blue = inverted(p.blue);
   });
 }
 
 template <class L>
 void invertMask(int32_t n, typename L::Pixel* px) {
-  forEachPixel(n, px, [](typename L::Pixel& p) { p.mask = inverted<L>(p.mask); });
+  forEachPixel(n, px, [](typename L::Pixel& p) { p.mask = inverted(p.mask); });
 }
 
 template <class L>

@@ -10,6 +10,7 @@
 
 #include "core/layout.h"
 #include "core/numeric.h"
+#include "core/picture.h"
 #include "core/rgbe.h"
 
 namespace effects {
@@ -77,23 +78,27 @@ void lockBlackPoint(int32_t elementCount, Pixel32* dst, const Pixel128* src) {
 
 // RGBE pixels (red, green, blue mantissa, shared exponent) into float pixels
 // with the display gamma applied. The walk covers width * 4 * height bytes,
-// computed in 32-bit arithmetic as the size convention does. Red and green
+// computed in 32-bit arithmetic (nothing when that is below 1). Red and green
 // are stored as floats before their power is taken; blue goes straight in.
 void importRgbe(int32_t width, int32_t height, Pixel128* dst, const uint8_t* rgbe) {
   if (height < 1) return;
-  const int32_t bytes = elementsOf(static_cast<uint32_t>(width), static_cast<uint32_t>(height));
-  if (bytes < 1) return;
-  const uint32_t n = static_cast<uint32_t>(bytes) / 4u;
-  for (uint32_t i = 0; i < n; ++i) {
-    const uint8_t* q = rgbe + static_cast<std::size_t>(i) * 4u;
-    const double s = rgbeScale(q[3]);
-    Pixel128& p = dst[i];
-    p.red = static_cast<float>(q[0] * s);
-    p.green = static_cast<float>(q[1] * s);
-    p.blue = gammaOf(s * q[2]);
-    p.green = gammaOf(p.green);
-    p.red = gammaOf(p.red);
-  }
+  const auto* quads = reinterpret_cast<const RgbeQuad*>(rgbe);
+  forEachPixelPair(wrappedElementCount(static_cast<uint32_t>(width), static_cast<uint32_t>(height)), dst, quads,
+                   [](Pixel128& p, const RgbeQuad& q) {
+                     const double s = rgbeScale(q.exponent);
+                     p.red = static_cast<float>(q.red * s);
+                     p.green = static_cast<float>(q.green * s);
+                     p.blue = gammaOf(s * q.blue);
+                     p.green = gammaOf(p.green);
+                     p.red = gammaOf(p.red);
+                   });
+}
+
+// The row conversions walk two pictures of width x height: the pixels and a
+// 3-channel buffer. A width or height below 1 converts nothing.
+template <class A, class B, class F>
+void convertRows(int32_t width, int32_t height, A* a, B* b, F f) {
+  forEachPixelPair(packedPicture(width, height, a), packedPicture(width, height, b), f);
 }
 
 }  // namespace
@@ -160,18 +165,16 @@ EFFECTS_API int32_t EFFECTS_CALL Convert128to32Lock(int32_t n, Pixel32* dst, con
 // The 3-channel buffers hold red, green, blue: the reverse of the pixel order.
 
 EFFECTS_API int32_t EFFECTS_CALL Convert32BIT_4to3ChannelsFast(int32_t width, int32_t height, const Pixel32* src, uint8_t* rgb) {
-  forEachRowIndex(width, height, [=](std::size_t i) {
-    rgb[3 * i] = src[i].red; rgb[3 * i + 1] = src[i].green; rgb[3 * i + 2] = src[i].blue;
+  convertRows(width, height, src, reinterpret_cast<Rgb<uint8_t>*>(rgb), [](const Pixel32& s, Rgb<uint8_t>& d) {
+    d = {s.red, s.green, s.blue};
   });
   return 0;
 }
 
 // Doubling in 16-bit arithmetic: 32767 becomes 65534, larger values wrap.
 EFFECTS_API int32_t EFFECTS_CALL Convert15BITto16BITFast(int32_t width, int32_t height, const Pixel64* src, uint16_t* rgb) {
-  forEachRowIndex(width, height, [=](std::size_t i) {
-    rgb[3 * i] = static_cast<uint16_t>(src[i].red * 2u);
-    rgb[3 * i + 1] = static_cast<uint16_t>(src[i].green * 2u);
-    rgb[3 * i + 2] = static_cast<uint16_t>(src[i].blue * 2u);
+  convertRows(width, height, src, reinterpret_cast<Rgb<uint16_t>*>(rgb), [](const Pixel64& s, Rgb<uint16_t>& d) {
+    d = {static_cast<uint16_t>(s.red * 2u), static_cast<uint16_t>(s.green * 2u), static_cast<uint16_t>(s.blue * 2u)};
   });
   return 0;
 }
@@ -179,24 +182,24 @@ EFFECTS_API int32_t EFFECTS_CALL Convert15BITto16BITFast(int32_t width, int32_t 
 // Red and green are copied bit for bit, blue alone is rescaled (and cut to
 // eight bits); the destination mask keeps its value.
 EFFECTS_API int32_t EFFECTS_CALL Convert16BITto15BITFast(int32_t width, int32_t height, const uint16_t* rgb, Pixel64* dst) {
-  forEachRowIndex(width, height, [=](std::size_t i) {
-    dst[i].red = rgb[3 * i];
-    dst[i].green = rgb[3 * i + 1];
-    dst[i].blue = importBlue48(rgb[3 * i + 2]);
+  convertRows(width, height, reinterpret_cast<const Rgb<uint16_t>*>(rgb), dst, [](const Rgb<uint16_t>& s, Pixel64& d) {
+    d.red = s.red;
+    d.green = s.green;
+    d.blue = importBlue48(s.blue);
   });
   return 0;
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert32BITto24BITFast(int32_t width, int32_t height, const Pixel128* src, float* rgb) {
-  forEachRowIndex(width, height, [=](std::size_t i) {
-    rgb[3 * i] = src[i].red; rgb[3 * i + 1] = src[i].green; rgb[3 * i + 2] = src[i].blue;
+  convertRows(width, height, src, reinterpret_cast<Rgb<float>*>(rgb), [](const Pixel128& s, Rgb<float>& d) {
+    d = {s.red, s.green, s.blue};
   });
   return 0;
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert128BIT_3to4ChannelsFast(int32_t width, int32_t height, Pixel128* dst, const float* rgb) {
-  forEachRowIndex(width, height, [=](std::size_t i) {
-    dst[i].red = rgb[3 * i]; dst[i].green = rgb[3 * i + 1]; dst[i].blue = rgb[3 * i + 2];
+  convertRows(width, height, dst, reinterpret_cast<const Rgb<float>*>(rgb), [](Pixel128& d, const Rgb<float>& s) {
+    d.red = s.red; d.green = s.green; d.blue = s.blue;
   });
   return 0;
 }
@@ -204,15 +207,15 @@ EFFECTS_API int32_t EFFECTS_CALL Convert128BIT_3to4ChannelsFast(int32_t width, i
 // This triple is already in pixel order (blue, green, red); the mask becomes
 // fully selected.
 EFFECTS_API int32_t EFFECTS_CALL Convertfloat3xto64(int32_t width, int32_t height, Pixel64* dst, const float* bgr) {
-  forEachRowIndex(width, height, [=](std::size_t i) {
-    dst[i] = Pixel64{quantizeTo15(bgr[3 * i]), quantizeTo15(bgr[3 * i + 1]), quantizeTo15(bgr[3 * i + 2]), 32767};
+  convertRows(width, height, dst, reinterpret_cast<const Bgr<float>*>(bgr), [](Pixel64& d, const Bgr<float>& s) {
+    d = Pixel64{quantizeTo15(s.blue), quantizeTo15(s.green), quantizeTo15(s.red), 32767};
   });
   return 0;
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert128HDRFast(int32_t width, int32_t height, Pixel128* dst, const float* rgb, int32_t /*reserved*/) {
-  forEachRowIndex(width, height, [=](std::size_t i) {
-    dst[i].red = gammaOf(rgb[3 * i]); dst[i].green = gammaOf(rgb[3 * i + 1]); dst[i].blue = gammaOf(rgb[3 * i + 2]);
+  convertRows(width, height, dst, reinterpret_cast<const Rgb<float>*>(rgb), [](Pixel128& d, const Rgb<float>& s) {
+    d.red = gammaOf(s.red); d.green = gammaOf(s.green); d.blue = gammaOf(s.blue);
   });
   return 0;
 }

@@ -7,10 +7,11 @@
 // count is looked at), except the non-zero minimum, which only the float
 // dynamic range resets: elsewhere it keeps whatever the caller left in it.
 #include <cstdint>
-#include <type_traits>
 
+#include "core/dispatch.h"
 #include "core/layout.h"
 #include "core/numeric.h"
+#include "core/picture.h"
 
 namespace effects {
 namespace {
@@ -66,57 +67,53 @@ struct NoStatistics {
   void flush() const {}
 };
 
-// Luminance histograms. 8 bit: the bytes on their own 0..255 scale. 16 bit:
-// the elements read as signed, brought onto 0..255 by 1/128. Float: 1.0 is
-// bin 255's white. The 8- and 16-bit forms feed the bin number into the
+// The luminance on the 0..255 scale of the bins. 8 bit: the bytes as they
+// are. 16 bit: the elements read as signed, brought onto 0..255 by 1/128.
+// Float: 1.0 is bin 255's white.
+inline double binLuminance(const Pixel32& p) { return luminance<double>(p.red, p.green, p.blue); }
+inline double binLuminance(const Pixel64& p) {
+  return luminance<double>(compared<Layout64>(p.red), compared<Layout64>(p.green), compared<Layout64>(p.blue)) *
+         0.0078125;
+}
+inline double binLuminance(const Pixel128& p) { return luminance<double>(p.red, p.green, p.blue) * 255.0; }
+
+// Luminance histograms. The 8- and 16-bit forms feed the bin number into the
 // statistics; the float form deliberately computes none.
 template <class L, class S>
 void luminanceHistogram(int32_t elementCount, const typename L::Pixel* px, float* histogram, S& stats) {
   forEachPixel(elementCount, px, [&](const typename L::Pixel& p) {
-    double y;
-    if constexpr (std::is_same_v<L, Layout32>) {
-      y = luminance<double>(p.red, p.green, p.blue);
-    } else if constexpr (std::is_same_v<L, Layout64>) {
-      y = luminance<double>(static_cast<int16_t>(p.red), static_cast<int16_t>(p.green),
-                            static_cast<int16_t>(p.blue)) * 0.0078125;
-    } else {
-      y = luminance<double>(p.red, p.green, p.blue) * 255.0;
-    }
-    const uint8_t bin = quantize255(y);
+    const uint8_t bin = quantize255(binLuminance(p));
     histogram[bin] += 1.0f;
     stats.add(static_cast<int32_t>(bin));
   });
   stats.flush();
 }
 
-// The element a channel offset names (0 blue, 1 green, 2 red, 3 mask), chosen
-// once per call. Only the two low bits count, so no offset reaches outside
-// the pixel.
-template <class P>
-auto elementMember(uint8_t channelOffset) {
-  using E = decltype(P::blue);
-  constexpr E P::* members[4] = {&P::blue, &P::green, &P::red, &P::mask};
-  return members[channelOffset & 3u];
-}
+// The bin of one element: the byte itself, the 16-bit element (read
+// unsigned here) times 1/128 through the bin quantiser.
+inline uint8_t elementBin(uint8_t x) { return x; }
+inline uint8_t elementBin(uint16_t x) { return quantize255(x * 0.0078125); }
 
-// Histogram of one element. The 16-bit element is read unsigned here. The
-// float form raises the value to at least 1e-8 and feeds that value, not its
-// bin, into the statistics.
+// Histogram of the element a channel offset names (0 blue, 1 green, 2 red,
+// 3 mask), chosen once per call; only the two low bits count, so no offset
+// reaches outside the pixel. The float form raises the value to at least
+// 1e-8 and feeds that value, not its bin, into the statistics.
 template <class L>
 void channelHistogram(int32_t elementCount, const typename L::Pixel* px, float* histogram,
                       Statistics& stats, uint8_t channelOffset) {
-  const auto member = elementMember<typename L::Pixel>(channelOffset);
-  forEachPixel(elementCount, px, [&](const typename L::Pixel& p) {
-    const auto x = p.*member;
-    if constexpr (std::is_same_v<L, Layout128>) {
-      const float v = x > 1e-8 ? x : static_cast<float>(1e-8);
-      histogram[quantize255(v * 255.0)] += 1.0f;
-      stats.add(v);
-    } else {
-      const uint8_t bin = std::is_same_v<L, Layout32> ? x : quantize255(x * 0.0078125);
-      histogram[bin] += 1.0f;
-      stats.add(static_cast<int32_t>(bin));
-    }
+  withValue<0, 3>(channelOffset & 3, [&](auto which) {
+    forEachPixel(elementCount, px, [&](const typename L::Pixel& p) {
+      const auto x = element<decltype(which)::value>(p);
+      if constexpr (!L::integer) {
+        const float v = x > 1e-8 ? x : static_cast<float>(1e-8);
+        histogram[quantize255(v * 255.0)] += 1.0f;
+        stats.add(v);
+      } else {
+        const uint8_t bin = elementBin(x);
+        histogram[bin] += 1.0f;
+        stats.add(static_cast<int32_t>(bin));
+      }
+    });
   });
   stats.flush();
 }
@@ -128,7 +125,7 @@ template <class L>
 void dynamicRange(int32_t elementCount, const typename L::Pixel* px, Statistics& stats) {
   forEachPixel(elementCount, px, [&](const typename L::Pixel& p) {
     const double y = luminance<double>(p.red, p.green, p.blue);
-    if constexpr (std::is_same_v<L, Layout128>) {
+    if constexpr (!L::integer) {
       stats.add(y > 1e-8 ? y : 1e-8);
     } else {
       stats.add(y);
@@ -139,7 +136,7 @@ void dynamicRange(int32_t elementCount, const typename L::Pixel* px, Statistics&
 
 template <class L>
 int32_t histogramOf(int32_t n, const typename L::Pixel* px, float* hist, float* mn, float* mx, float* nz, float* sum) {
-  if constexpr (std::is_same_v<L, Layout128>) {
+  if constexpr (!L::integer) {
     Statistics reset(mn, mx, nullptr, sum, false);
     NoStatistics none;
     luminanceHistogram<L>(n, px, hist, none);

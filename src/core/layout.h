@@ -1,9 +1,12 @@
-// The three pixel layouts and the walks that every whole-buffer export shares.
+// The pixel layouts and what each one states about itself: its element type,
+// its full value, its unit (the factor that brings an element onto the 0..1
+// scale, in double and in single precision), the unit of its strength
+// arguments, and the type its elements are compared in. Families read these
+// facts instead of testing which layout they were instantiated for.
 #pragma once
 
-#include <cstdint>
 #include <cstddef>
-#include <cstring>
+#include <cstdint>
 #include <type_traits>
 
 #include "core/numeric.h"
@@ -25,6 +28,8 @@ struct Layout32 {
   static constexpr bool hasMask = true;
   static constexpr Element full = 255;
   static constexpr double unit = k255;
+  static constexpr float unitf = k255f;
+  static constexpr double amountUnit = k255;
 };
 struct Layout64 {
   using Pixel = Pixel64;
@@ -36,6 +41,8 @@ struct Layout64 {
   static constexpr bool hasMask = true;
   static constexpr Element full = 32767;
   static constexpr double unit = k32767;
+  static constexpr float unitf = k32767f;
+  static constexpr double amountUnit = k32767;
 };
 struct Layout128 {
   using Pixel = Pixel128;
@@ -45,6 +52,10 @@ struct Layout128 {
   static constexpr bool hasMask = true;
   static constexpr float full = 1.0f;
   static constexpr double unit = 1.0;
+  static constexpr float unitf = 1.0f;
+  // Strength arguments of the float members are on the 0..255 scale, as
+  // those of the 8-bit members are; the 16-bit members take 0..32767.
+  static constexpr double amountUnit = k255;
 };
 // The device-context rows: the 8-bit arithmetic without a mask.
 struct Layout24 {
@@ -55,10 +66,24 @@ struct Layout24 {
   static constexpr bool hasMask = false;
   static constexpr Element full = 255;
   static constexpr double unit = k255;
+  static constexpr float unitf = k255f;
+  static constexpr double amountUnit = k255;
+};
+
+// The 3-channel buffers exchanged with the file codecs: red, green, blue (or
+// blue, green, red where an export says so), packed without a mask.
+template <class T>
+struct Rgb {
+  T red, green, blue;
+};
+template <class T>
+struct Bgr {
+  T blue, green, red;
 };
 
 static_assert(sizeof(Pixel32) == 4 && sizeof(Pixel64) == 8 && sizeof(Pixel128) == 16 &&
-                  sizeof(Pixel24) == 3 && alignof(Pixel24) == 1,
+                  sizeof(Pixel24) == 3 && alignof(Pixel24) == 1 && sizeof(Rgb<uint8_t>) == 3 &&
+                  sizeof(Rgb<uint16_t>) == 6 && sizeof(Rgb<float>) == 12,
               "pixels are packed elements");
 
 // The layout of a pixel type (const or not).
@@ -96,8 +121,8 @@ inline typename L::Element clampStore(int64_t v) {
   return static_cast<typename L::Element>(v < 0 ? 0 : (v > fullInt<L> ? fullInt<L> : v));
 }
 
-
-// Element i (0 blue, 1 green, 2 red, 3 mask) of a pixel.
+// Element i (0 blue, 1 green, 2 red, 3 mask) of a pixel, chosen at run time
+// or, with element<I>(p), at compile time.
 template <class P>
 inline auto& element(P& p, unsigned i) {
   switch (i & 3u) {
@@ -107,81 +132,33 @@ inline auto& element(P& p, unsigned i) {
     default: return p.mask;
   }
 }
-
-// Pixels visited for an element count: ((count - 1) >> 2) + 1 with an
-// unsigned shift, so a count that is not a multiple of 4 covers the whole last
-// pixel. Only meaningful for count >= 1; callers return before that.
-inline uint32_t pixelsFor(int32_t elementCount) {
-  return (static_cast<uint32_t>(elementCount - 1) >> 2) + 1u;
+template <unsigned I, class P>
+inline auto& element(P& p) {
+  static_assert(I < 4);
+  if constexpr (I == 0) return (p.blue);
+  else if constexpr (I == 1) return (p.green);
+  else if constexpr (I == 2) return (p.red);
+  else return (p.mask);
 }
 
-// Element count of a width x height picture, computed in 32-bit arithmetic
-// (wrapping) and read as signed, as the size convention of the width/height
-// exports does.
-inline int32_t elementsOf(uint32_t width, uint32_t height) {
-  return static_cast<int32_t>(width * 4u * height);
-}
-
-// Visits every pixel of an ElementCount buffer in order; nothing happens for a
-// count below 1.
-template <class P, class F>
-inline void forEachPixel(int32_t elementCount, P* pixels, F&& f) {
-  if (elementCount < 1) return;
-  const uint32_t n = pixelsFor(elementCount);
-  for (uint32_t i = 0; i < n; ++i) f(pixels[i]);
-}
-
-// Visits the pixels of a width x height picture given by its rows (rows of
-// width pixels, packed), passing each pixel's index. A width or height below
-// 1 visits nothing.
-template <class F>
-inline void forEachRowIndex(int32_t width, int32_t height, F&& f) {
-  if (width < 1 || height < 1) return;
-  const size_t w = static_cast<size_t>(width), h = static_cast<size_t>(height);
-  for (size_t y = 0; y < h; ++y) {
-    const size_t row = y * w;
-    for (size_t x = 0; x < w; ++x) f(row + x);
-  }
-}
-
-template <class P, class F>
-inline void forEachRowPixel(int32_t width, int32_t height, P* pixels, F&& f) {
-  forEachRowIndex(width, height, [pixels, &f](size_t i) { f(pixels[i]); });
-}
-
-// Which layout a template is instantiated for.
-template <class L>
-inline constexpr bool is32 = std::is_same_v<L, Layout32>;
-template <class L>
-inline constexpr bool is64 = std::is_same_v<L, Layout64>;
-template <class L>
-inline constexpr bool is128 = std::is_same_v<L, Layout128>;
-
-// Visits pixel i of two buffers together (a source and a destination of
-// possibly different layouts, or a picture and its encoded form), for the
-// pixels of an ElementCount; nothing happens for a count below 1.
-template <class A, class B, class F>
-inline void forEachPixelPair(int32_t elementCount, A* a, B* b, F&& f) {
-  if (elementCount < 1) return;
-  const uint32_t n = pixelsFor(elementCount);
-  for (uint32_t i = 0; i < n; ++i) f(a[i], b[i]);
-}
-
-// Visits each pixel's index for an ElementCount (for buffers whose pixels are
-// not pixel structures, such as RGBE quadruples).
-template <class F>
-inline void forEachPixelIndex(int32_t elementCount, F&& f) {
-  if (elementCount < 1) return;
-  const uint32_t n = pixelsFor(elementCount);
-  for (uint32_t i = 0; i < n; ++i) f(i);
-}
-
-// Whether a ChannelSelector touches red, green, blue.
+// Whether a ChannelSelector touches red, green, blue: 1 all three, 2 red,
+// 3 green, 4 blue, anything else none.
 struct Channels {
   bool red, green, blue;
   static constexpr Channels of(int32_t selector) {
     return {selector == 1 || selector == 2, selector == 1 || selector == 3,
             selector == 1 || selector == 4};
+  }
+  constexpr bool any() const { return red || green || blue; }
+};
+
+// A colour passed as one 32-bit argument: red in bits 0-7, green in 8-15,
+// blue in 16-23 (the top byte is ignored).
+struct PackedColour {
+  int32_t red, green, blue;
+  static constexpr PackedColour of(uint32_t c) {
+    return {static_cast<int32_t>(c & 0xFFu), static_cast<int32_t>((c >> 8) & 0xFFu),
+            static_cast<int32_t>((c >> 16) & 0xFFu)};
   }
 };
 

@@ -44,18 +44,20 @@ inline int16_t roundToInt16(double v) {
   return (r >= -32768 && r <= 32767) ? static_cast<int16_t>(r) : INT16_MIN;
 }
 
+// The same rounding of an extended-precision value, rounded once (going
+// through double first could round a near-half value twice).
+inline int16_t roundToInt16(long double v) {
+  const long double r = std::nearbyint(v);
+  if (!(r >= -32768.0L && r <= 32767.0L)) return INT16_MIN;
+  return static_cast<int16_t>(r);
+}
+
 // Truncate toward zero into a signed 32-bit value; NaN and out-of-range give
 // INT32_MIN, as cvttsd2si does. (Written out rather than through the
 // intrinsic: compilers fold the intrinsic on a constant NaN to 0.)
 inline int32_t truncToInt32(double v) {
   if (!(v > -2147483649.0 && v < 2147483648.0)) return INT32_MIN;
   return static_cast<int32_t>(v);
-}
-
-// Truncate toward zero into a signed 16-bit value through a 32-bit one; the
-// low 16 bits are kept, so out-of-range values wrap.
-inline int16_t truncToInt16Wrap(double v) {
-  return static_cast<int16_t>(static_cast<uint16_t>(static_cast<uint32_t>(truncToInt32(v))));
 }
 
 // Low byte of the nearest-even 16-bit rounding: what an 8-bit store of a

@@ -30,6 +30,18 @@ namespace effects {
 
 // ----------------------------------------------------------------- sizes
 
+// Rule 1: the pixels an element count covers, 0 for a count below 1.
+inline uint32_t pixelsForCount(int32_t elementCount) {
+  return elementCount < 1 ? 0u : (static_cast<uint32_t>(elementCount - 1) >> 2) + 1u;
+}
+
+// A width or height passed unsigned, as a signed size: anything above
+// INT32_MAX (a negative int passed through an unsigned parameter) is no
+// picture that can exist, and becomes 0.
+inline int32_t unsignedSize(uint32_t size) {
+  return size > static_cast<uint32_t>(INT32_MAX) ? 0 : static_cast<int32_t>(size);
+}
+
 // Rule 3: width * 4 * height in 32-bit arithmetic, read as signed.
 inline int32_t wrappedElementCount(uint32_t width, uint32_t height) {
   return static_cast<int32_t>(width * 4u * height);
@@ -43,6 +55,25 @@ inline bool sizeFits(int32_t width, int32_t height, size_t rowBytes) {
   return rowBytes <= limit / static_cast<size_t>(height);
 }
 
+// ----------------------------------------------------- the element-count walk
+
+// Visits the pixels of an element count in memory order.
+template <class P, class F>
+inline void forEachPixel(int32_t elementCount, P* pixels, F&& f) {
+  const uint32_t n = pixelsForCount(elementCount);
+  if (pixels == nullptr) return;
+  for (uint32_t i = 0; i < n; ++i) f(pixels[i]);
+}
+
+// Visits pixel i of two buffers together (a source and a destination,
+// possibly of different layouts or of encoded forms).
+template <class A, class B, class F>
+inline void forEachPixelPair(int32_t elementCount, A* a, B* b, F&& f) {
+  const uint32_t n = pixelsForCount(elementCount);
+  if (a == nullptr || b == nullptr) return;
+  for (uint32_t i = 0; i < n; ++i) f(a[i], b[i]);
+}
+
 // ----------------------------------------------------------------- pictures
 
 // A view of width x height pixels whose rows lie `stride` bytes apart. It
@@ -52,7 +83,6 @@ template <class P>
 class Picture {
  public:
   using Pixel = P;
-  using Layout = LayoutOf<P>;
   using Byte = std::conditional_t<std::is_const_v<P>, const unsigned char, unsigned char>;
 
   Picture() = default;
@@ -125,6 +155,13 @@ inline Picture<P> packedPicture(int32_t width, int32_t height, P* pixels) {
   return Picture<P>::packed(width, height, pixels);
 }
 
+// Rule 2: the pixels of a width x height picture of P; 0 when it is empty or
+// could not exist.
+template <class P>
+inline size_t pixelsOf(int32_t width, int32_t height) {
+  return Picture<P>::packedRowBytes(width, height) ? static_cast<size_t>(width) * static_cast<size_t>(height) : 0;
+}
+
 // The pixel `offset` bytes from p (an offset from Picture::offset).
 template <class P>
 inline P& neighbour(P* p, ptrdiff_t offset) {
@@ -140,6 +177,18 @@ inline void forEachPixel(const Picture<P>& pic, F&& f) {
   for (int32_t y = 0; y < pic.height(); ++y) {
     P* r = pic.row(y);
     for (int32_t x = 0; x < pic.width(); ++x) f(r[x]);
+  }
+}
+
+// Pixel (x, y) of two pictures of the same size together, in raster order:
+// f(a, b). Nothing happens unless both are non-empty.
+template <class A, class B, class F>
+inline void forEachPixelPair(const Picture<A>& a, const Picture<B>& b, F&& f) {
+  if (b.empty()) return;
+  for (int32_t y = 0; y < a.height(); ++y) {
+    A* ra = a.row(y);
+    B* rb = b.row(y);
+    for (int32_t x = 0; x < a.width(); ++x) f(ra[x], rb[x]);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "core/numeric.h"
+#include "core/picture.h"
 #include "core/rgbe.h"
 #include "effects/effects.h"
 
@@ -70,11 +71,6 @@ inline void decode(const uint8_t in[4], float out[3]) {
   out[0] = static_cast<float>((in[0] + 0.5) * scale);
   out[1] = static_cast<float>((in[1] + 0.5) * scale);
   out[2] = static_cast<float>((in[2] + 0.5) * scale);
-}
-
-// Pixels of a width x height picture; a size below 1 has none.
-inline int64_t pixelCount(int32_t width, int32_t height) {
-  return (width < 1 || height < 1) ? 0 : static_cast<int64_t>(width) * height;
 }
 
 // The header: the "#?" line, lines up to the blank one (one of them must be

@@ -80,7 +80,7 @@ bool readPlane(Source& src, uint8_t* plane, int32_t width) {
 
 template <class Source>
 int32_t readScanlinesFrom(Source& src, float* data, int32_t width, int32_t height) {
-  if (width < 8 || width > 32767) return readFlat(src, data, pixelCount(width, height));
+  if (width < 8 || width > 32767) return readFlat(src, data, static_cast<int64_t>(pixelsOf<Rgb<float>>(width, height)));
   std::vector<uint8_t> planes;  // red, green, blue, exponent: width bytes each
   for (int32_t y = 0; y < height; ++y) {
     float* row = data + static_cast<int64_t>(y) * width * 3;

@@ -1,7 +1,7 @@
 // Writing RGBE files from the three layouts, and the in-memory encoders.
-#include <type_traits>
-
 #include "core/layout.h"
+#include "core/picture.h"
+#include "core/rgbe.h"
 #include "hdr/rgbe_codec.h"
 
 namespace effects {
@@ -25,13 +25,11 @@ void writeFile(const char* fileName, int32_t width, int32_t height, const typena
     std::fclose(f);
   }
 
-  const int64_t count = rgbe::pixelCount(width, height);
-  for (int64_t i = 0; i < count; ++i) {
-    const auto& p = pixels[i];
-    scratch[3 * i] = scratchValue(p.red);
-    scratch[3 * i + 1] = scratchValue(p.green);
-    scratch[3 * i + 2] = scratchValue(p.blue);
-  }
+  const auto picture = packedPicture(width, height, pixels);
+  const auto floats = packedPicture(width, height, reinterpret_cast<Rgb<float>*>(scratch));
+  forEachPixelPair(picture, floats, [](const typename L::Pixel& p, Rgb<float>& f) {
+    f = {scratchValue(p.red), scratchValue(p.green), scratchValue(p.blue)};
+  });
 
   // Flat pixels, although the header names the run-length format: readers
   // of the format take a scanline that does not start with 2, 2 as flat.
@@ -39,14 +37,14 @@ void writeFile(const char* fileName, int32_t width, int32_t height, const typena
   if (!f) return;
   uint8_t chunk[4096];
   size_t used = 0;
-  for (int64_t i = 0; i < count; ++i) {
-    rgbe::encodeTruncating(scratch[3 * i], scratch[3 * i + 1], scratch[3 * i + 2], chunk + used);
+  forEachPixel(floats, [&](const Rgb<float>& v) {
+    rgbe::encodeTruncating(v.red, v.green, v.blue, chunk + used);
     used += 4;
     if (used == sizeof chunk) {
       std::fwrite(chunk, 1, used, f);
       used = 0;
     }
-  }
+  });
   if (used) std::fwrite(chunk, 1, used, f);
   std::fclose(f);
 }
@@ -54,17 +52,16 @@ void writeFile(const char* fileName, int32_t width, int32_t height, const typena
 // Red is element 2, green 1, blue 0; the mask is ignored. 8-bit values are
 // scaled by 1/255 in double and handed to the encoder as floats, so 255
 // becomes exactly 1.0f.
+inline float encoderValue(uint8_t v) { return static_cast<float>(v * k255); }
+inline float encoderValue(float v) { return v; }
+
 template <class L>
 void toRgbe(int32_t elementCount, const typename L::Pixel* pixels, uint8_t* rgbe) {
-  forEachPixelIndex(elementCount, [pixels, rgbe](uint32_t i) {
-    const auto& p = pixels[i];
-    if constexpr (is32<L>) {
-      rgbe::encodeRounding(static_cast<float>(p.red * k255), static_cast<float>(p.green * k255),
-                           static_cast<float>(p.blue * k255), rgbe + 4 * i);
-    } else {
-      rgbe::encodeRounding(p.red, p.green, p.blue, rgbe + 4 * i);
-    }
-  });
+  forEachPixelPair(elementCount, pixels, reinterpret_cast<RgbeQuad*>(rgbe),
+                   [](const typename L::Pixel& p, RgbeQuad& q) {
+                     rgbe::encodeRounding(encoderValue(p.red), encoderValue(p.green), encoderValue(p.blue),
+                                          reinterpret_cast<uint8_t*>(&q));
+                   });
 }
 
 }  // namespace

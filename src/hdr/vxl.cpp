@@ -4,6 +4,7 @@
 
 #include "core/layout.h"
 #include "core/numeric.h"
+#include "core/picture.h"
 
 namespace effects {
 namespace {
@@ -20,9 +21,9 @@ void put32(uint8_t* at, uint32_t v) {
 template <class L>
 void saveVxl(const char* fileName, int32_t width, int32_t height, int32_t info1, int32_t info2,
              const typename L::Pixel* pixels) {
-  // A quarter of the element count, in wrapping 32-bit arithmetic: the
-  // pixels go out in four pieces of n elements.
-  const int32_t n = divTrunc(wrapMul(wrapMul(width, height), 4), 4);
+  // A quarter of the element count width * 4 * height, formed in wrapping
+  // 32-bit arithmetic: the pixels go out in four pieces of n elements.
+  const int32_t n = divTrunc(wrappedElementCount(static_cast<uint32_t>(width), static_cast<uint32_t>(height)), 4);
   std::FILE* f = std::fopen(fileName, "wb");
   if (!f) return;
   // Signatures first, then the caller's two values, then the size: not the

@@ -28,7 +28,7 @@ void check(const std::vector<Grey<P, E>>& cases) {
     for (E c : cases[k].in) px.push_back(P{c, c, c, mask});
     for (E c : cases[k].out) want.push_back(P{c, c, c, mask});
     cases[k].run(static_cast<uint32_t>(px.size()), px.data());
-    expectPixels(px, want);
+    EXPECT_EQ(px, want);
   }
 }
 
@@ -46,18 +46,16 @@ TEST(TonalEightBit, WorkedExamples) {
       // Black brightness clamps, then rounds: 1 x 1.99999 gives 2.
       G32{[](uint32_t w, Pixel32* p) { VexoBlackBrightness32(w, 1, p, 255, 0); }, {100, 200, 1}, {200, 255, 2}},
       // Contrast pivots on 127 and truncates: with k = 0.50196, 150 -> 161.55,
-      // 129 -> 130.004 (a pivot of 127.5 or 128 gives 129), 0 -> -63.7 -> 0.
-      G32{[](uint32_t w, Pixel32* p) { VexoContrast32(w, 1, p, 255, 0); }, {127, 200, 60, 100}, {127, 255, 0, 73}},
-      G32{[](uint32_t w, Pixel32* p) { VexoContrast32(w, 1, p, 128, 0); }, {150, 129, 0, 100}, {161, 130, 0, 86}},
+      // 129 -> 130.004 (a pivot of 127.5 or 128 gives 129), 0 -> -63.7 -> 0,
+      // 255 -> 319.3 -> 255.
+      G32{[](uint32_t w, Pixel32* p) { VexoContrast32(w, 1, p, 128, 0); }, {150, 129, 0, 255}, {161, 130, 0, 255}},
       // Exposure adds 255 sin 1 = 214.575 or 255 cos 1 = 137.777, truncated;
-      // a sin(a / 255) is even in a; other modes change nothing.
+      // a sin(a / 255) is even in a.
       G32{[](uint32_t w, Pixel32* p) { VexoXposure32(w, 1, p, 0, -255, 0); }, {10, 100, 0}, {224, 255, 214}},
       G32{[](uint32_t w, Pixel32* p) { VexoXposure32(w, 1, p, 1, -255, 0); }, {10, 200}, {0, 62}},
-      G32{[](uint32_t w, Pixel32* p) { VexoXposure32(w, 1, p, 2, 255, 0); }, {10, 200}, {10, 200}},
-      // F-stops: two units double; 101 / 2 truncates; 2^1000 overflows the
-      // integer conversion into the most negative integer, which clamps to 0.
-      G32{[](uint32_t w, Pixel32* p) { Vexofstop32(w, 1, p, 2.0); }, {100, 200}, {200, 255}},
-      G32{[](uint32_t w, Pixel32* p) { Vexofstop32(w, 1, p, -2.0); }, {101, 1}, {50, 0}},
+      // F-stops: one unit is 2^0.5, truncated (11 -> 15.56); 2^1000 overflows
+      // the integer conversion into the most negative integer, which clamps to 0.
+      G32{[](uint32_t w, Pixel32* p) { Vexofstop32(w, 1, p, 1.0); }, {11, 200}, {15, 255}},
       G32{[](uint32_t w, Pixel32* p) { Vexofstop32(w, 1, p, 2000.0); }, {100}, {0}},
       // Gamma raises to 1 / gamma and rounds (64 -> 127.75); gamma below 0 is 0,
       // an infinite exponent: all but full go black.
@@ -74,15 +72,10 @@ TEST(TonalEightBit, WorkedExamples) {
   });
 }
 
+// The pivot 16383; a negative product keeps its low 16 bits.
 TEST(TonalSixteenBit, WorkedExamples) {
   check<Pixel64, uint16_t>({
-      G64{[](uint32_t w, Pixel64* p) { VexoBrightness64(w, 1, p, -16384, 0); }, {16384, 100, 32767}, {8191, 49, 16383}},
-      G64{[](uint32_t w, Pixel64* p) { VexoBrightness64(w, 1, p, 16384, 0); }, {16384, 0}, {24576, 16384}},
-      G64{[](uint32_t w, Pixel64* p) { VexoBlackBrightness64(w, 1, p, 32767, 0); }, {1000, 20000}, {2000, 32767}},
       G64{[](uint32_t w, Pixel64* p) { VexoContrast64(w, 1, p, 32767, 0); }, {16383, 20000, 30000, 10000}, {16383, 23617, 32767, 3617}},
-      G64{[](uint32_t w, Pixel64* p) { VexoXposure64(w, 1, p, 0, 32767, 0); }, {100, 6000}, {27672, 32767}},
-      G64{[](uint32_t w, Pixel64* p) { Vexofstop64(w, 1, p, 2.0); }, {20000, 5}, {32767, 10}},
-      G64{[](uint32_t w, Pixel64* p) { VexoGamma64(w, 1, p, 2.0f); }, {8192, 32767}, {16384, 32767}},
       G64{[](uint32_t w, Pixel64* p) { VexoAdjustLevelPrecentage64(w, 1, p, 3.0f); }, {100, 20000}, {65436, 45536}},
   });
 }
@@ -97,27 +90,18 @@ TEST(TonalFloat, NoClampingAndHdrValues) {
       G128{[](uint32_t w, Pixel128* p) { VexoContrast128(w, 1, p, 255, 0); }, {0.75f, 2.0f, 0.0f}, {1.0f, 3.5f, -0.5f}},
       // The offset is sin(1) x 1, the 8-bit offset divided by 255.
       G128{[](uint32_t w, Pixel128* p) { VexoXposure128(w, 1, p, 0, 255, 0); }, {0.5f, 2.0f}, {1.3414709568023682f, 2.841470956802368f}},
-      G128{[](uint32_t w, Pixel128* p) { VexoXposure128(w, 1, p, 1, 255, 0); }, {2.0f}, {2.540302276611328f}},
       G128{[](uint32_t w, Pixel128* p) { Vexofstop128(w, 1, p, 1.0); }, {6.0f, 2.0f}, {8.485280990600586f, 2.8284270763397217f}},
       G128{[](uint32_t w, Pixel128* p) { VexoGamma128(w, 1, p, 2.0f); }, {4.0f, 0.25f}, {2.0f, 0.5f}},
-      G128{[](uint32_t w, Pixel128* p) { VexoGammatoHDR128(w, 1, p, 2.0f); }, {3.0f}, {9.0f}},
       G128{[](uint32_t w, Pixel128* p) { VexoAdjustLevelPrecentage128(w, 1, p, 0.0f); }, {3.0f}, {6.0f}},
   });
 }
 
 // The size is width x 4 x height in 32-bit arithmetic: a product that wraps
-// to 4 visits one pixel, one below 1 none.
+// to 4 visits one pixel.
 TEST(TonalSize, WidthHeightCountIn32Bits) {
-  auto a = pattern32(3);
-  const auto a0 = a;
+  std::vector<Pixel32> a(2, Pixel32{100, 100, 100, 7});
   VexoBrightness32(0x40000001u, 1, a.data(), -255, 0);
-  EXPECT_EQ(a[0].red, 0);
-  EXPECT_EQ(a[1].red, a0[1].red);
-  a[0] = a0[0];
-  VexoBrightness32(0x20000000u, 1, a.data(), -255, 0);
-  VexoContrast32(0, 5, a.data(), 255, 0);
-  VexoAdjustLevelPrecentage32(3, 0, a.data(), 0.0f);
-  EXPECT_TRUE(sameBytes(a, a0));
+  EXPECT_EQ(a, (std::vector<Pixel32>{{0, 0, 0, 7}, {100, 100, 100, 7}}));
 }
 
 // The float gamma does not guard negative values.

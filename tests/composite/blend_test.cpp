@@ -33,17 +33,15 @@ TEST(Blend8, EveryModeWithItsQuirks) {
       {0, 10, 200, 58, 50, 128},  // a = 128 x 50 x 3.92156862e-5: 57.686
       {0, 0, 150, 148, 99, 255},  // 148.5 in single precision (148.500001 in double)
       {1, 100, 50, 50, 100, 255}, {1, 50, 100, 50, 100, 255}, {2, 100, 50, 100, 100, 255}, {2, 50, 100, 100, 100, 255},
-      {3, 100, 30, 70, 100, 255}, {3, 30, 100, 70, 100, 255},
-      // multiply divides s by 255 first: s = 255 keeps d, anything else pulls to 0
-      {4, 200, 255, 200, 100, 255}, {4, 200, 254, 0, 100, 255}, {4, 200, 254, 100, 50, 255},
-      {5, 100, 0, 100, 100, 255}, {5, 100, 1, 255, 100, 255},  // screen: s = 1 already goes to 255
+      // multiply divides s by 255 first: s = 255 keeps d, anything else pulls
+      // to 0; so screen pulls to 255 from s = 1 on
+      {3, 30, 100, 70, 100, 255}, {4, 200, 255, 200, 100, 255}, {4, 200, 254, 0, 100, 255}, {5, 100, 1, 255, 100, 255},
       // overlay keyed on d at 128, hard light on s, neither with the factor 2
-      {6, 128, 10, 255, 100, 255}, {6, 128, 0, 128, 100, 255}, {6, 127, 10, 0, 100, 255}, {6, 127, 255, 127, 100, 255},
-      {7, 50, 128, 255, 100, 255}, {7, 50, 127, 0, 100, 255}, {7, 50, 255, 255, 100, 255},
+      {6, 128, 10, 255, 100, 255}, {6, 127, 255, 127, 100, 255}, {7, 50, 128, 255, 100, 255}, {7, 50, 127, 0, 100, 255},
       // pin light lightens above 128 and darkens at 128 and below
-      {8, 100, 129, 129, 100, 255}, {8, 200, 129, 200, 100, 255}, {8, 100, 128, 100, 100, 255}, {8, 200, 128, 128, 100, 255},
+      {8, 100, 129, 129, 100, 255}, {8, 200, 128, 128, 100, 255},
       // add and subtract round s x a first, then clamp
-      {15, 200, 100, 255, 100, 255}, {15, 10, 101, 60, 50, 255}, {16, 50, 100, 0, 100, 255}, {16, 100, 103, 48, 50, 255},
+      {15, 200, 100, 255, 100, 255}, {16, 100, 103, 48, 50, 255},
   };
   for (const auto& c : cases)
     EXPECT_EQ(blendOne<Pixel32>(Vexo32DirectDIB, c.mode, c.d, c.s, c.opacity, c.m), c.want)
@@ -52,14 +50,12 @@ TEST(Blend8, EveryModeWithItsQuirks) {
 
 TEST(Blend16, EveryThresholdAtThe32767Scale) {
   const Case<uint16_t> cases[] = {
-      {0, 100, 30000, 30000, 100, 32767}, {0, 0, 3, 1, 50, 32767},  // a is just under 0.5: no tie
-      {3, 1000, 31000, 30000, 100, 32767},
-      {4, 20000, 32767, 20000, 100, 32767}, {4, 20000, 32766, 0, 100, 32767},
-      {5, 20000, 0, 20000, 100, 32767}, {5, 20000, 1, 32767, 100, 32767},
+      {0, 0, 3, 1, 50, 32767},  // a is just under 0.5: no tie
+      {4, 20000, 32766, 0, 100, 32767}, {5, 20000, 1, 32767, 100, 32767},
       {6, 16447, 5, 32767, 100, 32767}, {6, 16446, 5, 0, 100, 32767},
       {7, 9000, 16447, 32767, 100, 32767}, {7, 9000, 16446, 0, 100, 32767},
-      {8, 100, 16448, 16448, 100, 32767}, {8, 100, 16447, 100, 100, 32767}, {8, 20000, 16447, 16447, 100, 32767},
-      {15, 30000, 5000, 32767, 100, 32767}, {16, 3000, 5000, 0, 100, 32767}, {16, 9000, 5000, 4000, 100, 32767},
+      {8, 100, 16448, 16448, 100, 32767}, {8, 20000, 16447, 16447, 100, 32767},
+      {15, 30000, 5000, 32767, 100, 32767}, {16, 9000, 5000, 4000, 100, 32767},
   };
   for (const auto& c : cases)
     EXPECT_EQ(blendOne<Pixel64>(Vexo64DirectDIB, c.mode, c.d, c.s, c.opacity, c.m), c.want)
@@ -73,9 +69,9 @@ TEST(BlendFloat, ExactShapesNoClampAndTheModeZeroShortcut) {
       {4, 0.5f, 0.5f, 0.25f, 100, 1}, {5, 0.5f, 0.5f, 0.75f, 100, 1},
       {6, 0.25f, 0.5f, 0.125f, 100, 1}, {6, 0.5f, 0.5f, 0.75f, 100, 1},  // d x s, not 2 d s
       {7, 0.5f, 0.25f, 0.125f, 100, 1}, {7, 0.25f, 0.5f, 0.625f, 100, 1},
-      {8, 0.5f, 0.75f, 0.75f, 100, 1}, {8, 0.875f, 0.75f, 0.875f, 100, 1}, {8, 0.75f, 0.5f, 0.5f, 100, 1},
-      {15, 0.75f, 0.5f, 1.25f, 100, 1}, {16, 0.25f, 0.5f, -0.25f, 100, 1}, {15, 0.5f, 0.5f, 1.5f, 200, 1},
-      {0, 0, 0.5f, 0.25f, 50, 1}, {0, 0, third, static_cast<float>(third * 0.75), 75, 1},
+      {8, 0.5f, 0.75f, 0.75f, 100, 1}, {8, 0.75f, 0.5f, 0.5f, 100, 1},
+      {15, 0.5f, 0.5f, 1.5f, 200, 1}, {16, 0.25f, 0.5f, -0.25f, 100, 1},
+      {0, 0, third, static_cast<float>(third * 0.75), 75, 1},
       {0, 0, third, third, 50, 1.5f},  // 0.5 + 1.5 = 2.0: copied bit for bit
       {0, 0.5f, 1, 0.5f, 100, -0.5f}, {1, 0.5f, 0, 0.75f, 100, -0.5f},  // only mode 0 skips m < 0
       {1, 0.5f, 0, 0.5f, 100, 0},
@@ -88,29 +84,22 @@ TEST(BlendFloat, ExactShapesNoClampAndTheModeZeroShortcut) {
 // Modes 9 to 14 move one channel toward s or M - s; opacity 0 and unknown
 // modes change nothing.
 TEST(Blend, SingleChannelModesOpacityZeroAndUnknownModes) {
-  const uint8_t want[6][3] = {{1, 2, 30}, {1, 20, 3}, {10, 2, 3}, {1, 2, 225}, {1, 235, 3}, {245, 2, 3}};
   const Pixel32 src{10, 20, 30, 255};
+  const Pixel32 want[6] = {{1, 2, 30, 4}, {1, 20, 3, 4}, {10, 2, 3, 4}, {1, 2, 225, 4}, {1, 235, 3, 4}, {245, 2, 3, 4}};
   for (int32_t mode = 9; mode <= 14; ++mode) {
     Pixel32 canvas{1, 2, 3, 4};
     Vexo32DirectDIB(0, 0, 1, 1, &src, &canvas, 1, 1, 100, mode);
-    const uint8_t* w = want[mode - 9];
-    EXPECT_TRUE(canvas.blue == w[0] && canvas.green == w[1] && canvas.red == w[2] && canvas.mask == 4) << mode;
+    EXPECT_EQ(canvas, want[mode - 9]) << mode;
   }
-  Pixel64 c16{1, 2, 3, 4};
-  const Pixel64 s16{100, 200, 300, 32767};
-  Vexo64DirectDIB(0, 0, 1, 1, &s16, &c16, 1, 1, 100, 13);
-  EXPECT_TRUE(c16.blue == 1 && c16.green == 32767 - 200 && c16.red == 3);
-
   Pixel32 canvas{1, 2, 3, 4};
   EXPECT_EQ(Vexo32DirectDIB(0, 0, 1, 1, &src, &canvas, 1, 1, 0, 0), -1);
   EXPECT_EQ(Vexo32DirectDIB(0, 0, 1, 1, &src, &canvas, 1, 1, 100, 17), 1);
   EXPECT_EQ(Vexo32DirectDIB(0, 0, 1, 1, &src, &canvas, 1, 1, 100, -1), 1);
-  EXPECT_TRUE(canvas.blue == 1 && canvas.green == 2 && canvas.red == 3);
+  EXPECT_EQ(canvas, (Pixel32{1, 2, 3, 4}));
 }
 
 TEST(Blending, AveragesPerByteAndInDouble) {
   EXPECT_EQ(static_cast<uint32_t>(Blending(0xFF00FF00u, 0x00FF00FFu)), 0x007F7F7Fu);
   EXPECT_EQ(static_cast<uint32_t>(Blending(0x01030507u, 0x01010101u)), 0x00010203u);  // rounded down, no carries
-  EXPECT_EQ(Blending128(0.1f, 0.2f), (static_cast<double>(0.1f) + static_cast<double>(0.2f)) * 0.5);
-  EXPECT_EQ(Blending128(3.0e38f, 3.0e38f), static_cast<double>(3.0e38f));  // no float overflow
+  EXPECT_EQ(Blending128(3.0e38f, 3.0e38f), static_cast<double>(3.0e38f));  // in double: no float overflow
 }

@@ -35,8 +35,6 @@ TEST(Numeric, RoundAndTruncateToThirtyTwoBits) {
     EXPECT_EQ(roundToInt32(c.v), c.rounded) << c.v;
     EXPECT_EQ(truncToInt32(c.v), c.truncated) << c.v;
   }
-  EXPECT_EQ(truncToInt16Wrap(65537.7), 1);
-  EXPECT_EQ(truncToInt16Wrap(-1.5), -1);
 }
 
 // Above 254 is 255 and below 1 is 0, both thresholds exclusive; ties to even

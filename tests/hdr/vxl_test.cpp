@@ -5,7 +5,6 @@
 
 #include "effects/effects.h"
 #include "hdr/hdr_files.h"
-#include "support/pictures.h"
 
 using namespace effects::test;
 
@@ -34,24 +33,6 @@ TEST(VxlFile, HeaderFieldsInTheirOrderAndWidths) {
     EXPECT_EQ(le32(got, 12), static_cast<uint32_t>(h));
   }
   std::remove(path.c_str());
-}
-
-// The file after the header is the buffer exactly as it lies in memory.
-template <class P, class Save>
-void expectRawPixels(Save save, const std::vector<P>& px, int32_t w, int32_t h) {
-  const std::string path = scratchPath("pixels.vxl");
-  save(path.c_str(), w, h, 1, 2, px.data());
-  const auto got = fileBytes(path);
-  const auto* raw = reinterpret_cast<const uint8_t*>(px.data());
-  ASSERT_EQ(got.size(), 16 + px.size() * sizeof(P));
-  EXPECT_EQ(Bytes(got.begin() + 16, got.end()), Bytes(raw, raw + px.size() * sizeof(P)));
-  std::remove(path.c_str());
-}
-
-TEST(VxlFile, PixelsFollowAsTheyLieInMemory) {
-  expectRawPixels(VexoSaveVXLFile32, pattern32(15), 5, 3);
-  expectRawPixels(VexoSaveVXLFile64, pattern64(15), 3, 5);
-  expectRawPixels(VexoSaveVXLFile128, pattern128(4), 2, 2);
 }
 
 }  // namespace

@@ -143,6 +143,9 @@ broken("zero_run.hdr", start + bytes((128, 5)))
 broken("overlong_run.hdr", start + bytes((128 + 17, 5)))
 broken("run_past_plane_end.hdr", start + bytes((128 + 10, 5, 128 + 7, 6)))
 broken("zero_literal.hdr", start + bytes((0, 5)))
+# A count of 0 followed by a valid plane: a reader that accepted the empty
+# literal would go on and decode the scanline.
+broken("zero_literal_then_data.hdr", start + bytes((0, 5)) + rle_scanline(W, 1)[4:])
 broken("overlong_literal.hdr", start + bytes((17, 5)) + bytes(16))
 broken("width_mismatch.hdr", bytes((2, 2, 0, W + 1)) + rle_scanline(W, 1)[4:])
 broken("eof_in_start.hdr", start[:3])

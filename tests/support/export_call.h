@@ -1,0 +1,416 @@
+// Calling any export from a line of text: the parameters come from
+// `name=value` pairs, and every buffer the export takes is allocated to the
+// size its other arguments imply and filled from a seed. The checksum table
+// and the argument drivers build their calls through here, so a new export
+// needs no code of its own.
+//
+// Values:
+//   name=12, name=-3, name=0x7f, name=2.5   integers and floating-point values
+//   name=@out                               a file name the export writes (read back)
+//   name=@data:rgbe/good_rle.hdr            a file of the test data
+//   name=@plugin:tm_simple                  a plug-in built beside the tests
+//   name=@buf:pixel32:15                    a buffer of 15 elements of a type
+//                                           (pixel32, pixel64, pixel128, u8, u16,
+//                                           i32, f32) passed as a pointer value
+//   stream=@data:rgbe/x.hdr                 a stream positioned after the header
+//   hdc=@surface:40x30                      a device context with a bitmap
+// Buffer sizes follow the export's size parameters; `name.count=N` sets a
+// buffer's element count. `fill=wide` fills 16-bit buffers over the whole
+// 16-bit range and float buffers with extreme and special values as well;
+// `fill=dark` keeps every element in the lowest quarter of its range.
+// `fill=sweep` makes the 8-bit pictures an exhaustive sweep: pixel i of a
+// picture holds blue i & 255, green (i >> 8) & 255, red (i >> 16) & 255 and
+// mask i & 255, and of the picture called `source` blue (i >> 8) & 255,
+// green (i >> 16) & 255, red i & 255 and mask (i >> 16) & 255; so over 2^24
+// pixels every colour triple occurs, and every (target, source, mask) triple
+// meets in the blue elements.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "effects/effects.h"
+#include "platform/test_surface.h"
+#include "support/guarded.h"
+#include "export_table.h"
+
+namespace effects::test {
+
+using table::Arg;
+using table::Export;
+using table::Param;
+using table::Result;
+using table::Role;
+using table::Type;
+
+// A call's text: the export's name and its name=value pairs.
+struct CallText {
+  std::string name;
+  std::map<std::string, std::string> values;
+  std::string text;  // as written, for messages
+
+  static CallText parse(const std::string& line) {
+    CallText c;
+    c.text = line;
+    std::istringstream in(line);
+    in >> c.name;
+    std::string kv;
+    while (in >> kv) {
+      const auto eq = kv.find('=');
+      if (eq == std::string::npos) throw std::runtime_error("expected name=value, got '" + kv + "'");
+      c.values[kv.substr(0, eq)] = kv.substr(eq + 1);
+    }
+    return c;
+  }
+  bool has(const std::string& k) const { return values.count(k) != 0; }
+  const std::string& at(const std::string& k) const {
+    auto it = values.find(k);
+    if (it == values.end()) throw std::runtime_error("missing value for '" + k + "'");
+    return it->second;
+  }
+};
+
+// Deterministic fill values.
+class Filler {
+ public:
+  enum Kind { Default, Wide, Dark };
+  Filler(uint32_t seed, Kind kind) : s_(seed * 2654435761u + 1u), kind_(kind) {}
+  uint32_t next() {
+    s_ = s_ * 1103515245u + 12345u;
+    return s_ >> 8;
+  }
+  uint8_t byte() { return static_cast<uint8_t>(kind_ == Dark ? next() % 64u : next()); }
+  uint16_t word() {
+    return static_cast<uint16_t>(kind_ == Wide ? next() : next() % (kind_ == Dark ? 8192u : 32768u));
+  }
+  float real() {
+    const uint32_t v = next();
+    if (kind_ == Dark) return static_cast<float>(v % 251u) / 1000.0f;
+    if (kind_ == Wide) {
+      switch (v % 16u) {
+        case 0: return std::numeric_limits<float>::quiet_NaN();
+        case 1: return std::numeric_limits<float>::infinity();
+        case 2: return -std::numeric_limits<float>::infinity();
+        case 3: return 1e30f;
+        case 4: return -0.0f;
+        case 5: return 1e-40f;
+        default: return static_cast<float>((v >> 4) % 40001u) / 1000.0f - 20.0f;
+      }
+    }
+    return static_cast<float>(v % 2001u) / 1000.0f - 0.25f;
+  }
+
+ private:
+  uint32_t s_;
+  Kind kind_;
+};
+
+// A buffer owned by a call, with its element type for filling. Its memory
+// ends where the buffer ends, followed by a page that faults on any access.
+struct Buffer {
+  std::string name;
+  Type element;  // U8, U16, F32, I32 or a pixel pointer type
+  GuardedBytes memory;
+  uint8_t* data() const { return memory.data(); }
+  size_t size() const { return memory.size(); }
+};
+
+inline size_t elementBytes(Type t) {
+  switch (t) {
+    case Type::Pixel32Ptr: return sizeof(Pixel32);
+    case Type::Pixel64Ptr: return sizeof(Pixel64);
+    case Type::Pixel128Ptr: return sizeof(Pixel128);
+    case Type::U16Ptr: case Type::U16: return 2;
+    case Type::F32Ptr: case Type::F32: case Type::I32: return 4;
+    default: return 1;
+  }
+}
+
+inline void fill(Buffer& b, Filler& f) {
+  auto* p = b.data();
+  const size_t n = b.size();
+  switch (b.element) {
+    case Type::Pixel32Ptr: case Type::U8Ptr: case Type::U8: case Type::I32:
+      for (size_t i = 0; i < n; ++i) p[i] = f.byte();
+      break;
+    case Type::Pixel64Ptr: case Type::U16Ptr: case Type::U16:
+      for (size_t i = 0; i + 2 <= n; i += 2) { const uint16_t w = f.word(); std::memcpy(p + i, &w, 2); }
+      break;
+    default:
+      for (size_t i = 0; i + 4 <= n; i += 4) { const float v = f.real(); std::memcpy(p + i, &v, 4); }
+  }
+}
+
+// Elements per pixel of the non-pixel buffers, by name; 0 for a fixed size.
+inline size_t perPixel(const std::string& name, size_t* fixed) {
+  *fixed = 0;
+  if (name == "rgb24" || name == "rgb48" || name == "rgb" || name == "bgr" || name == "data" || name == "scratch")
+    return 3;
+  if (name == "rgbe") return 4;
+  if (name == "histogram") { *fixed = 256; return 0; }
+  *fixed = 1;
+  return 0;
+}
+
+inline std::string dataPath(const std::string& rel) { return std::string(EFFECTS_TEST_DATA_DIR) + "/" + rel; }
+
+inline std::vector<uint8_t> readFile(const std::string& path) {
+  std::vector<uint8_t> out;
+  if (std::FILE* f = std::fopen(path.c_str(), "rb")) {
+    uint8_t buf[4096];
+    size_t got;
+    while ((got = std::fread(buf, 1, sizeof buf, f)) > 0) out.insert(out.end(), buf, buf + got);
+    std::fclose(f);
+  }
+  return out;
+}
+
+// One prepared call: the arguments and everything they point to.
+class PreparedCall {
+ public:
+  PreparedCall(const Export& e, const CallText& text) : export_(e), text_(text) {
+    const std::string kind = text.has("fill") ? text.at("fill") : "default";
+    if (kind != "default" && kind != "wide" && kind != "dark" && kind != "sweep")
+      throw std::runtime_error("unknown fill " + kind);
+    sweep_ = kind == "sweep";
+    Filler filler(text.has("seed") ? static_cast<uint32_t>(std::stoul(text.at("seed"))) : 1u,
+                  kind == "wide" ? Filler::Wide : kind == "dark" ? Filler::Dark : Filler::Default);
+    const int n = e.paramCount();
+    args_.resize(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i) prepare(e.params[i], args_[static_cast<size_t>(i)], filler);
+    for (const auto& kv : text.values) {
+      const std::string base = kv.first.substr(0, kv.first.find('.'));
+      if (base != "seed" && base != "fill" && e.find(base) < 0)
+        throw std::runtime_error(std::string(e.name) + " has no parameter '" + base + "'");
+    }
+  }
+  ~PreparedCall() {
+    for (const auto& f : outputs_) std::remove(f.c_str());
+  }
+  PreparedCall(const PreparedCall&) = delete;
+  PreparedCall& operator=(const PreparedCall&) = delete;
+
+  Result run() { return export_.call(args_.data()); }
+
+  // An FNV-1a style hash, eight bytes a step (little-endian words, then the
+  // tail bytes), over the result, every buffer, every file written and every
+  // device bitmap, in parameter order.
+  uint64_t hash(const Result& r) {
+    uint64_t h = 1469598103934665603ull;
+    auto mix = [&h](const void* data, size_t n) {
+      const auto* b = static_cast<const uint8_t*>(data);
+      size_t i = 0;
+      for (; i + 8 <= n; i += 8) {
+        uint64_t w = 0;
+        for (int k = 0; k < 8; ++k) w |= static_cast<uint64_t>(b[i + k]) << (8 * k);
+        h ^= w;
+        h *= 1099511628211ull;
+      }
+      for (; i < n; ++i) { h ^= b[i]; h *= 1099511628211ull; }
+    };
+    mix(&r.kind, 1);
+    if (r.kind == Result::Integer) mix(&r.i, 8);
+    if (r.kind == Result::Real) mix(&r.d, 8);
+    for (const auto& b : buffers_) mix(b->data(), b->size());
+    for (const auto& f : outputs_) { const auto bytes = readFile(f); mix(bytes.data(), bytes.size()); }
+    for (const auto& s : surfaces_) {
+      for (int32_t y = 0; y < s.height; ++y)
+        for (int32_t x = 0; x < s.width; ++x) { const uint32_t v = s.surface->at(x, y); mix(&v, 4); }
+    }
+    return h;
+  }
+
+  const std::vector<std::unique_ptr<Buffer>>& buffers() const { return buffers_; }
+  const Export& target() const { return export_; }
+
+ private:
+  int64_t integer(const std::string& name) const {
+    const int i = export_.find(name);
+    if (i < 0) throw std::runtime_error("no parameter " + name);
+    return std::stoll(text_.at(name), nullptr, 0);
+  }
+  bool hasParam(const char* name) const { return export_.find(name) >= 0; }
+
+  // Elements of the pixel buffer `name` from the export's size parameters.
+  size_t pixelsOf(const std::string& name) const {
+    if (text_.has(name + ".count")) return std::stoul(text_.at(name + ".count"));
+    auto product = [](int64_t w, int64_t h) -> size_t { return (w < 1 || h < 1) ? 0 : size_t(w) * size_t(h); };
+    const std::string w = name + "Width", h = name + "Height";
+    if (hasParam(w.c_str()) && hasParam(h.c_str())) return product(integer(w), integer(h));
+    if (export_.size == table::SizeRule::Wrapped) return wrappedPixels();
+    if (hasParam("width") && hasParam("height")) return product(integer("width"), integer("height"));
+    if (hasParam("elementCount")) {
+      const int64_t c = static_cast<int32_t>(integer("elementCount"));
+      return c < 1 ? 0 : (static_cast<uint32_t>(c - 1) >> 2) + 1;
+    }
+    throw std::runtime_error("cannot size buffer " + name);
+  }
+
+  // The pixels of the wrapping width * 4 * height element count.
+  size_t wrappedPixels() const {
+    const auto count = static_cast<int32_t>(static_cast<uint32_t>(integer("width")) * 4u *
+                                            static_cast<uint32_t>(integer("height")));
+    return count < 1 ? 0 : (static_cast<uint32_t>(count - 1) >> 2) + 1;
+  }
+
+ public:
+  // Whether the call's sizes describe no pixel at all.
+  bool emptySizes() const {
+    switch (export_.size) {
+      case table::SizeRule::Wrapped: return wrappedPixels() == 0;
+      case table::SizeRule::None: return false;
+      default:
+        for (const auto& b : buffers_)
+          if (b->element == Type::Pixel32Ptr || b->element == Type::Pixel64Ptr || b->element == Type::Pixel128Ptr)
+            if (pixelsOf(b->name) != 0) return false;
+        return true;
+    }
+  }
+
+ private:
+  Buffer& newBuffer(const std::string& name, Type element, size_t count, Filler& f) {
+    auto b = std::make_unique<Buffer>();
+    b->name = name;
+    b->element = element;
+    b->memory = GuardedBytes(std::max<size_t>(count, 1) * elementBytes(element));
+    if (sweep_ && element == Type::Pixel32Ptr) sweepFill(*b);
+    else fill(*b, f);
+    buffers_.push_back(std::move(b));
+    return *buffers_.back();
+  }
+
+  static void sweepFill(Buffer& b) {
+    const bool source = b.name == "source";
+    auto* px = reinterpret_cast<Pixel32*>(b.data());
+    const uint32_t n = static_cast<uint32_t>(b.size() / sizeof(Pixel32));
+    for (uint32_t i = 0; i < n; ++i) {
+      const auto lo = static_cast<uint8_t>(i), mid = static_cast<uint8_t>(i >> 8), hi = static_cast<uint8_t>(i >> 16);
+      px[i] = source ? Pixel32{mid, hi, lo, hi} : Pixel32{lo, mid, hi, lo};
+    }
+  }
+
+  static Type typeNamed(const std::string& t) {
+    static const std::map<std::string, Type> types = {
+        {"pixel32", Type::Pixel32Ptr}, {"pixel64", Type::Pixel64Ptr}, {"pixel128", Type::Pixel128Ptr},
+        {"u8", Type::U8}, {"u16", Type::U16}, {"i32", Type::I32}, {"f32", Type::F32}};
+    auto it = types.find(t);
+    if (it == types.end()) throw std::runtime_error("unknown buffer type " + t);
+    return it->second;
+  }
+
+  void prepare(const Param& p, Arg& a, Filler& f) {
+    const std::string name = p.name;
+    const std::string value = text_.has(name) ? text_.at(name) : "";
+    if (value.rfind("@buf:", 0) == 0) {
+      const auto colon = value.find(':', 5);
+      Buffer& b = newBuffer(name, typeNamed(value.substr(5, colon - 5)), std::stoul(value.substr(colon + 1)), f);
+      a.p = b.data();
+      a.i = static_cast<int64_t>(reinterpret_cast<intptr_t>(a.p));
+      return;
+    }
+    switch (p.type) {
+      case Type::Pixel32Ptr: case Type::Pixel64Ptr: case Type::Pixel128Ptr:
+        a.p = newBuffer(name, p.type, pixelsOf(name), f).data();
+        return;
+      case Type::U8Ptr: case Type::U16Ptr: case Type::F32Ptr: {
+        size_t fixed;
+        const size_t per = perPixel(name, &fixed);
+        size_t count = fixed;
+        if (text_.has(name + ".count")) count = std::stoul(text_.at(name + ".count"));
+        else if (per) count = per * pixelsOf(name);
+        a.p = newBuffer(name, p.type, count, f).data();
+        return;
+      }
+      case Type::Text: {
+        std::string path;
+        if (value == "@out") {
+          path = (std::filesystem::temp_directory_path() /
+                  ("effects_call_" + std::to_string(reinterpret_cast<uintptr_t>(this)) + "_" + name)).string();
+          std::remove(path.c_str());
+          outputs_.push_back(path);
+        } else if (value.rfind("@data:", 0) == 0) {
+          path = dataPath(value.substr(6));
+        } else if (value.rfind("@plugin:", 0) == 0) {
+          path = std::string(EFFECTS_PLUGIN_DIR) + "/" + value.substr(8) + EFFECTS_PLUGIN_SUFFIX;
+        } else {
+          path = value;
+        }
+        texts_.push_back(std::make_unique<std::string>(path));
+        a.p = const_cast<char*>(texts_.back()->c_str());
+        return;
+      }
+      case Type::StreamPtr: {
+        if (value.rfind("@data:", 0) != 0) throw std::runtime_error("stream wants @data:file");
+        const auto file = readFile(dataPath(value.substr(6)));
+        auto b = std::make_unique<Buffer>();
+        b->name = name;
+        b->element = Type::U8;
+        b->memory = GuardedBytes(file.size());
+        std::memcpy(b->data(), file.data(), file.size());
+        // The reader starts after the header's size line.
+        const std::string bytes(file.begin(), file.end());
+        const auto size = bytes.find("\n-Y ");
+        const auto eol = size == std::string::npos ? std::string::npos : bytes.find('\n', size + 1);
+        stream_ = EffectsStream{b->data(), b->size(), eol == std::string::npos ? 0 : eol + 1};
+        streamBytes_ = std::move(b);
+        a.p = &stream_;
+        return;
+      }
+      case Type::Handle: {
+        if (value.rfind("@surface:", 0) != 0) { a.p = nullptr; return; }
+        const auto x = value.find('x', 9);
+        Surface s;
+        s.width = std::stoi(value.substr(9, x - 9));
+        s.height = std::stoi(value.substr(x + 1));
+        s.surface = std::make_unique<TestSurface>(s.width, s.height, 0x10203040u);
+        for (int32_t yy = 0; yy < s.height; ++yy)
+          for (int32_t xx = 0; xx < s.width; ++xx) s.surface->set(xx, yy, f.next() | (f.next() << 24));
+        a.p = p.role == Role::Bitmap ? s.surface->bitmap() : s.surface->dc();
+        surfaces_.push_back(std::move(s));
+        return;
+      }
+      default:
+        break;
+    }
+    if (value.empty()) {
+      if (p.role == Role::Reserved) return;
+      throw std::runtime_error("missing value for '" + name + "'");
+    }
+    if (p.type == Type::F32 || p.type == Type::F64) {
+      a.d = value == "nan" ? std::numeric_limits<double>::quiet_NaN()
+            : value == "inf" ? std::numeric_limits<double>::infinity()
+            : value == "-inf" ? -std::numeric_limits<double>::infinity()
+                              : std::stod(value);
+    } else {
+      a.i = std::stoll(value, nullptr, 0);
+    }
+  }
+
+  struct Surface {
+    int32_t width = 0, height = 0;
+    std::unique_ptr<TestSurface> surface;
+  };
+
+  const Export& export_;
+  const CallText& text_;
+  std::vector<Arg> args_;
+  std::vector<std::unique_ptr<Buffer>> buffers_;
+  std::vector<std::unique_ptr<std::string>> texts_;
+  std::vector<std::string> outputs_;
+  std::vector<Surface> surfaces_;
+  bool sweep_ = false;
+  EffectsStream stream_{};
+  std::unique_ptr<Buffer> streamBytes_;
+};
+
+}  // namespace effects::test
