@@ -44,14 +44,6 @@ void blockWaves(int32_t width, int32_t height, P* pixels, int32_t amplitude, int
   warp<Writes::Colour>(packedPicture(width, height, pixels), BlockWaves(width, height, amplitude, frequency, style));
 }
 
-// The pixels of an element count as one row: ((count - 1) >> 2) + 1 of
-// them, none for a count below 1.
-template <class P>
-Picture<P> elementCountPicture(int32_t elementCount, P* pixels) {
-  if (elementCount < 1) return {};
-  return packedPicture(static_cast<int32_t>(pixelsFor(elementCount)), 1, pixels);
-}
-
 // ------------------------------------------------------- sphere reflection
 
 // c x factor in single precision; the integer layouts limit it from above
@@ -78,7 +70,7 @@ void sphereReflection(int32_t width, int32_t height, P* pixels, int32_t percent)
   using L = LayoutOf<P>;
   if (width < 1 || height < 1 || percent == 0) return;
   const float factor = static_cast<float>(1 / (percent * 0.01));
-  forEachPixel(elementCountPicture(wrappedElementCount(width, height), pixels), [factor](P& p) {
+  forEachPixel(wrappedElementCount(width, height), pixels, [factor](P& p) {
     p.blue = brighten<L>(p.blue, factor);
     p.green = brighten<L>(p.green, factor);
     p.red = brighten<L>(p.red, factor);
@@ -105,10 +97,9 @@ void ripper(int32_t elementCount, P* pixels, int32_t mode, int32_t channel) {
   using L = LayoutOf<P>;
   using E = typename L::Element;
   const Channels ch = Channels::of(channel);
-  const auto pic = elementCountPicture(elementCount, pixels);
   withValue<1, 3>(mode, [&](auto m) {
     constexpr int32_t M = decltype(m)::value;
-    forEachPixel(pic, [ch](P& p) {
+    forEachPixel(elementCount, pixels, [ch](P& p) {
       const auto blue = compared<L>(p.blue);
       const E green0 = p.green, red0 = p.red;
       if (chosen<M>(blue, compared<L>(p.green), compared<L>(p.red))) {

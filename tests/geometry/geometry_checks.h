@@ -1,6 +1,5 @@
-// Shared by the geometry tests: the exports of one layout by name, patterned
-// pictures of any layout, the sizes every export is run on, and exact
-// comparisons.
+// Shared by the geometry tests: the exports of one layout by name, the sizes
+// every export is run on, and exact comparisons.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -30,13 +29,6 @@ GEOMETRY_API(32)
 GEOMETRY_API(64)
 GEOMETRY_API(128)
 #undef GEOMETRY_API
-
-template <class P>
-std::vector<P> pattern(size_t n, uint32_t seed = 1) {
-  if constexpr (std::is_same_v<P, Pixel32>) return pattern32(n, seed);
-  else if constexpr (std::is_same_v<P, Pixel64>) return pattern64(n, seed);
-  else return pattern128(n, seed);
-}
 
 struct Size {
   int32_t width, height;

@@ -113,7 +113,7 @@ TEST(Rotate, RunsOnPaddedTwentyFourBitRows) {
   // The 24-bit rows give the blue, green and red of the 8-bit rotation; the
   // row padding is neither read into the picture nor written.
   const int32_t w = 5, h = 3, tw = 6, th = 4;
-  const auto in = pattern32(w * h, 3);
+  const auto in = pattern<Pixel32>(w * h, 3);
   std::vector<uint8_t> from(16 * h, 0xEE), to(20 * th, 0xEE);
   for (int32_t i = 0; i < w * h; ++i) std::memcpy(&from[i / w * 16 + i % w * 3], &in[i], 3);
   effects::geometry::rotate(effects::Picture<const effects::Pixel24>::paddedRows(w, h, from.data()),

@@ -31,7 +31,7 @@ struct PerPixel {
 };
 
 TEST(Warp, PositionsOffThePictureRepeatTheEdges) {
-  auto px = pattern32(12);
+  auto px = pattern<Pixel32>(12);
   const auto in = px;
   g::warp<g::Writes::ColourAndMask>(packedPicture(4, 3, px.data()), Corners{});
   expectSamePixels(px, {in[8], in[8], in[11], in[11], in[0], in[0], in[3], in[3], in[0], in[0], in[3], in[3]});
@@ -41,7 +41,7 @@ TEST(Warp, SeparableShortcutMatchesThePerPixelWalk) {
   for (const Size s : kSizes)
     for (int32_t style : {0, 1}) {
       const g::BlockWaves map(s.width, s.height, 7, 23, style);
-      auto a = pattern64(s.pixels()), b = a;
+      auto a = pattern<Pixel64>(s.pixels()), b = a;
       g::warp<g::Writes::Colour>(packedPicture(s.width, s.height, a.data()), map);
       g::warp<g::Writes::Colour>(packedPicture(s.width, s.height, b.data()), PerPixel<g::BlockWaves>{map});
       expectSamePixels(a, b);
@@ -53,7 +53,7 @@ TEST(Warp, RunsOnPaddedTwentyFourBitRows) {
   // survives and the colours match the same warp on Pixel32.
   const int32_t w = 5, h = 3;
   std::vector<uint8_t> bits(16 * h, 0xEE);
-  auto wide = pattern32(w * h, 5);
+  auto wide = pattern<Pixel32>(w * h, 5);
   const auto in = wide;
   for (int32_t i = 0; i < w * h; ++i) std::memcpy(&bits[i / w * 16 + i % w * 3], &wide[i], 3);
   const auto rows = effects::Picture<effects::Pixel24>::paddedRows(w, h, bits.data());
@@ -65,7 +65,7 @@ TEST(Warp, RunsOnPaddedTwentyFourBitRows) {
 }
 
 TEST(Warp, NoSnapshotNoChange) {
-  auto px = pattern128(20);
+  auto px = pattern<Pixel128>(20);
   const auto in = px;
   effects::ScratchLimit none(0);
   g::warp<g::Writes::ColourAndMask>(packedPicture(4, 5, px.data()), g::Swirl(4, 5, 0));
