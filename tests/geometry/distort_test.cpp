@@ -131,18 +131,6 @@ TEST(Distort, SwirlCentreStaysAndALightTwistMirrorsLeftToRight) {
   }
 }
 
-TEST(Distort, TwirlWithoutTwistIsTheIdentityUpToRounding) {
-  const g::TwirlEx still(16, 12, 0, 0);
-  int same = 0;
-  for (int32_t y = 0; y < 12; ++y)
-    for (int32_t x = 0; x < 16; ++x) {
-      const auto p = still(x, y);
-      EXPECT_TRUE(std::abs(p.column - x) <= 1 && std::abs(p.row - y) <= 1);
-      same += p.column == x && p.row == y;
-    }
-  EXPECT_GT(same, 16 * 12 / 2);
-}
-
 TEST(Distort, BulgeSamplesInwardPinchOutwardAndTheRestStays) {
   const int32_t cx = 10, cy = 7, disc = 7;
   const g::Pinch bulge(21, 15, 500.0), pinch(21, 15, -500.0);

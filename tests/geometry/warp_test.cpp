@@ -1,8 +1,7 @@
-// The backward-mapping walk: clamping, the separable shortcut, 24-bit
-// device-context rows and a missing snapshot.
+// The backward-mapping walk: the separable shortcut, 24-bit device-context
+// rows and a missing snapshot. (Clamping: the waves and swirl tests.)
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <vector>
 
 #include "core/scratch.h"
@@ -16,26 +15,12 @@ namespace g = effects::geometry;
 
 namespace {
 
-// Positions far outside on every side clamp to the nearest edge pixel.
-struct Corners {
-  g::Source operator()(int32_t x, int32_t y) const {
-    return {x < 2 ? std::numeric_limits<int64_t>::min() : std::numeric_limits<int64_t>::max(), y < 1 ? 99 : -1};
-  }
-};
-
 // Hides a mapping's separability, so the walk takes the per-pixel road.
 template <class Map>
 struct PerPixel {
   const Map& map;
   g::Source operator()(int32_t x, int32_t y) const { return map(x, y); }
 };
-
-TEST(Warp, PositionsOffThePictureRepeatTheEdges) {
-  auto px = pattern<Pixel32>(12);
-  const auto in = px;
-  g::warp<g::Writes::ColourAndMask>(packedPicture(4, 3, px.data()), Corners{});
-  expectSamePixels(px, {in[8], in[8], in[11], in[11], in[0], in[0], in[3], in[3], in[0], in[0], in[3], in[3]});
-}
 
 TEST(Warp, SeparableShortcutMatchesThePerPixelWalk) {
   for (const Size s : kSizes)
