@@ -156,6 +156,7 @@ std::string runChain(const Plan& plan, const std::string& in, const std::string&
     StepResult r;
     if (b.outFile >= 0) {
       if (out.empty()) throw UsageError(std::string(e.name) + " writes a file: give OUT");
+      checkFolder(out);
       const std::string temp = temporaryBeside(out);
       try {
         r = run(e, step, current ? &*current : nullptr, temp);

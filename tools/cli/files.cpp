@@ -273,8 +273,15 @@ Loaded readPicture(const std::string& path) {
   }
 }
 
+void checkFolder(const std::string& path) {
+  const fs::path folder = fs::path(path).parent_path();
+  std::error_code ec;
+  if (!folder.empty() && !fs::is_directory(folder, ec)) throw std::runtime_error(path + ": no such folder");
+}
+
 void writePicture(const std::string& path, const Image& image, const WriteOptions& options) {
   const Format format = formatOf(path);
+  checkFolder(path);
   const std::string temp = temporaryBeside(path);
   try {
     if (format == Format::Png) writePng(temp, image, options);

@@ -36,6 +36,8 @@ struct WriteOptions {
 // channel when options.alpha or when some mask element is not full.
 void writePicture(const std::string& path, const Image& image, const WriteOptions& options);
 
+// Throws when the folder `path` would be written into does not exist.
+void checkFolder(const std::string& path);
 // A temporary name beside `path` for a file that is renamed into place.
 std::string temporaryBeside(const std::string& path);
 // Renames `from` to `to`, replacing `to`; removes `from` and throws on failure.
