@@ -6,6 +6,8 @@
                  round selection in the alpha channel's corners
   layer.png      128 x 96: coloured discs on transparency, the second
                  picture of the compositing and block-transfer exports
+  overlay.png    256 x 192: the same discs at twice the size, for the
+                 exports whose two pictures have one size
 
 Run it from anywhere; it writes beside itself. Plain Python (zlib, struct).
 """
@@ -96,7 +98,9 @@ def landscape(w=256, h=192):
 
 def layer(w=128, h=96):
     rows = []
-    discs = ((40, 40, 30, (230, 40, 40)), (80, 45, 30, (40, 200, 60)), (60, 65, 28, (50, 80, 230)))
+    k = w / 128
+    discs = tuple((x * k, y * k, r * k, col) for x, y, r, col in
+                  ((40, 40, 30, (230, 40, 40)), (80, 45, 30, (40, 200, 60)), (60, 65, 28, (50, 80, 230))))
     for y in range(h):
         row = []
         for x in range(w):
@@ -114,3 +118,4 @@ def layer(w=128, h=96):
 if __name__ == "__main__":
     write_png(os.path.join(HERE, "landscape.png"), *landscape())
     write_png(os.path.join(HERE, "layer.png"), *layer())
+    write_png(os.path.join(HERE, "overlay.png"), *layer(256, 192))

@@ -42,11 +42,15 @@ const char* kUsage =
     "  effects help NAME                 one export: its parameters, how the tool fills them, its notes\n"
     "  effects run NAME [IN] [OUT] [--param value ...] [then NAME [--param value ...] ...]\n"
     "  effects run NAME --out-dir DIR IN... [--param value ...] [then ...]\n"
+    "  effects convert IN OUT [--png-depth 8|16]   a picture into another file format\n"
     "\n"
     "IN is a .png (8 or 16 bits; grey, RGB, RGBA, palette) or .hdr file; OUT a .png, .hdr or .vxl\n"
     "file, written under a temporary name and renamed when complete. The picture is converted to\n"
     "each export's layout (full maps to full); sizes, element counts and buffers are filled in.\n"
     "NAME may be a family without its layout (VexoGamma): the member for the picture's layout runs.\n"
+    "A second picture an export reads is given as --NAME FILE (--source layer.png); a picture it\n"
+    "writes without reading it (a target, a region) starts blank, or from --NAME FILE, sized by\n"
+    "its size parameters (default: the size of IN). Measurements are printed.\n"
     "'then' passes the picture on to the next export. With --out-dir each IN (a file, or a folder\n"
     "of .png and .hdr files) is processed on its own, several at once (--jobs N; default: all\n"
     "cores), into DIR under its own name. --png-depth 8|16 sets the depth of PNG output (default:\n"
@@ -426,6 +430,26 @@ int help(const std::vector<std::string>& args, std::FILE* out) {
   return 0;
 }
 
+int convertFile(const std::vector<std::string>& args) {
+  Plan plan;
+  for (size_t i = 1; i < args.size(); ++i) {
+    if (args[i] == "--png-depth" && i + 1 < args.size()) {
+      if (args[i + 1] != "8" && args[i + 1] != "16") throw UsageError("--png-depth: '" + args[i + 1] + "' is not 8 or 16");
+      plan.pngBits = std::stoi(args[++i]);
+    } else {
+      plan.files.push_back(args[i]);
+    }
+  }
+  if (plan.files.size() != 2) throw UsageError("convert: expected IN OUT");
+  formatOf(plan.files[1]);
+  Loaded in = readPicture(plan.files[0]);
+  WriteOptions w;
+  w.alpha = in.alpha;
+  w.pngBits = plan.pngBits ? plan.pngBits : in.bits == 8 ? 8 : 16;
+  writePicture(plan.files[1], in.image, w);
+  return 0;
+}
+
 }  // namespace
 
 int runCommand(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
@@ -435,6 +459,7 @@ int runCommand(const std::vector<std::string>& args, std::FILE* out, std::FILE* 
       return args.empty() ? 2 : 0;
     }
     if (args[0] == "list") return list(args, out);
+    if (args[0] == "convert") return convertFile(args);
     if (args[0] == "help") return help(args, out);
     if (args[0] == "run") {
       const Plan plan = parseRun(args);
