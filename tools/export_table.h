@@ -29,8 +29,9 @@ enum class Platforms { All, Posix };
 
 // How the size parameters describe the pictures: an element count, a signed
 // width x height, the width * 4 * height product formed in 32-bit arithmetic,
-// or no size at all.
-enum class SizeRule { None, Count, Picture, Wrapped };
+// a width x height picture turned in place (it comes back height x width), or
+// no size at all.
+enum class SizeRule { None, Count, Picture, Wrapped, Turned };
 
 // What a pointer parameter holds: a picture of 4-element pixels, a buffer
 // of `elements` samples a pixel (3-channel rows, RGBE), a fixed number of

@@ -36,9 +36,9 @@ EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalMirror128(int32_t width, int32_t 
  * block is the library's per-thread scratch memory, kept for reuse by later
  * calls on that thread and released when the thread ends; when it cannot be
  * had, the picture is left unchanged. */
-EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_32(int32_t width, int32_t height, Pixel32* pixels);
-EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_64(int32_t width, int32_t height, Pixel64* pixels);
-EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_128(int32_t width, int32_t height, Pixel128* pixels);
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_32(int32_t width, int32_t height, Pixel32* pixels); /* result: height x width */
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_64(int32_t width, int32_t height, Pixel64* pixels); /* result: height x width */
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_128(int32_t width, int32_t height, Pixel128* pixels); /* result: height x width */
 
 /* Nearest-neighbour scale of source into target. Target row y reads source
  * row trunc(y * (sourceHeight / targetHeight)) and column

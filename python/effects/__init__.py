@@ -285,7 +285,10 @@ class _Export:
                     raise TypeError(f"{self.name}: missing keyword argument '{name}' ({ctype})")
         result = self._c_function()(*args)
         if self.output is not None:
-            return arrays[self.output]
+            out = arrays[self.output]
+            if self.size == "turned":  # turned in place: the same elements, height x width
+                out = out.reshape(out.shape[1], out.shape[0], out.shape[2])
+            return out
         outputs = {self.params[i][0]: (b if b.size > 1 else b[0].item()) for i, b in buffers.items()
                    if self.params[i][3] == "out"}
         if outputs:

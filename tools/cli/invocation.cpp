@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <limits>
 #include <map>
+#include <utility>
 
 #include "cli/files.h"
 
@@ -296,7 +297,8 @@ StepResult run(const Export& e, const Step& step, const Image* current, const st
   StepResult out;
   if (b.output >= 0) {
     const Param& p = e.params[b.output];
-    const auto [w, h] = dims[static_cast<size_t>(b.output)];
+    auto [w, h] = dims[static_cast<size_t>(b.output)];
+    if (e.size == table::SizeRule::Turned) std::swap(w, h);  // turned in place
     const auto& buf = storage[static_cast<size_t>(b.output)];
     if (p.shape.kind == Kind::Picture) {
       Image im(w, h, depthOfLayout(layoutOfType(p.type)));
