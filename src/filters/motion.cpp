@@ -56,7 +56,7 @@ bool motionBlur(const Picture<typename L::Pixel>& pic, double angle, int32_t dis
   if (!L::integer && distance == 0) return true;
   if (angle == 0.0) angle = 0.0001;
   const double theta = 6.283185307179586 / (360.0 / angle);
-  const double c = cosine(theta), s = sine(theta);
+  const auto [c, s] = cosineAndSine(theta);
   const int32_t w = pic.width(), h = pic.height();
   const double last = distance;
   return fromEntryIntoScratch(pic, ScratchSlot::First, [&](const Picture<const P>& entry, int32_t x, int32_t y) {
@@ -79,7 +79,7 @@ bool zoomBlur(const Picture<typename L::Pixel>& pic, int32_t strength) {
     const Polar at = Polar::of(cx, cy, x, y);
     const double length = k * at.r * inverseDiagonal;
     if (!(length > 0)) return entry.at(x, y);
-    const double c = cosine(at.theta), s = sine(at.theta);
+    const auto [c, s] = cosineAndSine(at.theta);
     Sum4<L> sum;
     for (int64_t t = 0; t < length; ++t) {
       const double along = at.r - static_cast<double>(t);
@@ -106,8 +106,8 @@ bool radialBlur(const Picture<typename L::Pixel>& pic, int32_t spread) {
     for (int64_t i = -static_cast<int64_t>(n); i <= n; ++i) {
       // One degree as the truncated constant 0.01745329.
       const double theta = at.theta + static_cast<double>(i) * 0.01745329;
-      sum.add(entry.at(clampedCoordinate(cx - at.r * cosine(theta), w),
-                       clampedCoordinate(cy - at.r * sine(theta), h)));
+      const auto [c, s] = cosineAndSine(theta);
+      sum.add(entry.at(clampedCoordinate(cx - at.r * c, w), clampedCoordinate(cy - at.r * s, h)));
     }
     if constexpr (L::integer) return sum.dividedBy(count);
     else return sum.scaledBy(1.0f / static_cast<float>(count));

@@ -6,7 +6,8 @@
 // Common ground: the centre is (width / 2, height / 2) with truncating
 // division, so for even sizes it is the pixel just right of and below the
 // middle; distances and angles are in double precision with the standard
-// maths functions; every coordinate is truncated toward zero through
+// correctly rounded maths functions of core/crmath.h (so every build maps
+// every pixel alike); every coordinate is truncated toward zero through
 // truncToInt32, so NaN and huge values become the most negative integer and
 // clamp to the first column or row. A pixel that a warp leaves alone maps to
 // itself, which copies back exactly what it holds.
@@ -16,6 +17,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "core/crmath.h"
 #include "core/numeric.h"
 #include "geometry/warp.h"
 
@@ -47,8 +49,10 @@ class Swirl {
     const int32_t dx = cx_ - x, dy = cy_ - y;
     const double r = distance(dx, dy);
     if (!(r < radius_)) return {x, y};
-    const double theta = std::atan2(static_cast<double>(dy), static_cast<double>(dx)) + r / twist_;
-    return {truncToInt32(cx_ + r * std::cos(theta)), truncToInt32(cy_ - r * std::sin(theta))};
+    const double theta = crmath::atan2(static_cast<double>(dy), static_cast<double>(dx)) + r / twist_;
+    double s, c;
+    crmath::sinCos(theta, &s, &c);
+    return {truncToInt32(cx_ + r * c), truncToInt32(cy_ - r * s)};
   }
 
  private:
@@ -71,8 +75,10 @@ class TwirlEx {
     const double rho = r * inverse_;
     if (!(rho <= 1)) return {x, y};
     const double theta = rho * outer_ + (1 - rho) * inner_ +
-                         std::atan2(static_cast<double>(dy), static_cast<double>(dx));
-    return {truncToInt32(cx_ + r * std::cos(theta)), truncToInt32(cy_ + r * std::sin(theta))};
+                         crmath::atan2(static_cast<double>(dy), static_cast<double>(dx));
+    double s, c;
+    crmath::sinCos(theta, &s, &c);
+    return {truncToInt32(cx_ + r * c), truncToInt32(cy_ + r * s)};
   }
 
  private:
@@ -88,15 +94,17 @@ class Pinch {
  public:
   Pinch(int32_t width, int32_t height, double amount)
       : cx_(width / 2), cy_(height / 2), k_(amount * 0.001), disc_(std::min(width, height) / 2),
-        scale_(disc_ / std::log(1 + std::fabs(k_) * disc_)) {}
+        scale_(disc_ / crmath::log(1 + std::fabs(k_) * disc_)) {}
 
   Source operator()(int32_t x, int32_t y) const {
     const int32_t dx = x - cx_, dy = y - cy_;
     const double r = distance(dx, dy);
     if (r > disc_) return {x, y};
-    const double phi = std::atan2(static_cast<double>(dy), static_cast<double>(dx));
-    const double from = k_ > 0 ? (std::exp(r / scale_) - 1) / k_ : scale_ * std::log(1 + std::fabs(k_) * r);
-    return {int64_t{truncToInt32(from * std::cos(phi))} + cx_, int64_t{truncToInt32(from * std::sin(phi))} + cy_};
+    const double phi = crmath::atan2(static_cast<double>(dy), static_cast<double>(dx));
+    const double from = k_ > 0 ? (crmath::exp(r / scale_) - 1) / k_ : scale_ * crmath::log(1 + std::fabs(k_) * r);
+    double s, c;
+    crmath::sinCos(phi, &s, &c);
+    return {int64_t{truncToInt32(from * c)} + cx_, int64_t{truncToInt32(from * s)} + cy_};
   }
 
  private:
@@ -116,7 +124,9 @@ class CircularWaves {
 
   Source operator()(int32_t x, int32_t y) const {
     const double a = distance(x - cx_, y - cy_) * frequency_ * kDegree;
-    return {truncToInt32(x + amplitude_ * std::sin(a)), truncToInt32(y + amplitude_ * std::cos(a))};
+    double s, c;
+    crmath::sinCos(a, &s, &c);
+    return {truncToInt32(x + amplitude_ * s), truncToInt32(y + amplitude_ * c)};
   }
 
  private:
@@ -136,7 +146,9 @@ class CircularWavesEx {
     const double r = distance(x - cx_, y - cy_);
     const int32_t local = truncToInt32(amplitude_ * r * inverse_);
     const double a = r * frequency_ * kDegree;
-    return {truncToInt32(x + local * std::sin(a)), truncToInt32(y + local * std::cos(a))};
+    double s, c;
+    crmath::sinCos(a, &s, &c);
+    return {truncToInt32(x + local * s), truncToInt32(y + local * c)};
   }
 
  private:
@@ -158,11 +170,11 @@ class BlockWaves {
 
   int64_t column(int32_t x) const {
     const int32_t phase = wrapMul(odd_ ? x : cx_ - x, frequency_);
-    return truncToInt32(x + amplitude_ * std::sin(phase * kDegree));
+    return truncToInt32(x + amplitude_ * crmath::sin(phase * kDegree));
   }
   int64_t row(int32_t y) const {
     const int32_t phase = wrapMul(odd_ ? y : cy_ - y, frequency_);
-    return truncToInt32(y + amplitude_ * std::cos(phase * kDegree));
+    return truncToInt32(y + amplitude_ * crmath::cos(phase * kDegree));
   }
   Source operator()(int32_t x, int32_t y) const { return {column(x), row(y)}; }
 

@@ -3,10 +3,10 @@
 // written over the pixel type, so the device-context form runs them on
 // 24-bit rows.
 //
-// Precision: the angle's cosine and sine are double; the source position is
-// formed in double and rounded to single precision; from there everything is
-// single precision: the +2 offsets, the weights and their products, and the
-// per-tap accumulation.
+// Precision: the angle's cosine and sine are double (correctly rounded, see
+// core/crmath.h); the source position is formed in double and rounded to
+// single precision; from there everything is single precision: the +2
+// offsets, the weights and their products, and the per-tap accumulation.
 #pragma once
 
 #include <algorithm>
@@ -15,6 +15,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "core/crmath.h"
 #include "core/numeric.h"
 #include "core/picture.h"
 
@@ -41,8 +42,7 @@ class Rotation {
     if (a > 0) a = 360 - std::fabs(a);
     if (a < 0) a = std::fabs(a);
     const double r = a * 0.01745277777777778;
-    c_ = std::cos(r);
-    s_ = std::sin(r);
+    crmath::sinCos(r, &s_, &c_);
   }
 
   Position operator()(int32_t x, int32_t y) const {
