@@ -536,10 +536,11 @@ namespace detail {
 
 void sinCosEstimate(double x, Estimate* s, Estimate* c) {
   *s = *c = {};
-  sinCosEstimates<true, true>(x, s, c);
+  if (absolute(x) < kInfinity) sinCosEstimates<true, true>(x, s, c);
 }
 
 Estimate expEstimate(double x) {
+  if (!(absolute(x) < 746)) return {};
   const double nd = nearestInteger(x * k128OverLn2);
   const int32_t n = static_cast<int32_t>(nd);
   const int32_t j = n & 127, m = (n - j) / 128;
@@ -668,6 +669,7 @@ inline bool atan2Special(double y, double x, double* out) {
 namespace detail {
 
 Estimate logEstimate(double x) {
+  if (!(x > 0 && x < kInfinity)) return {};
   int32_t exponent;
   const double u = logSplit(x, &exponent);
   const int i = static_cast<int>(nearestInteger((u - 1) * 512));
@@ -693,6 +695,7 @@ Estimate atan2Estimate(double y, double x) {
   const double ay = absolute(y), ax = absolute(x);
   const bool swap = ay > ax;
   double n = swap ? ax : ay, d = swap ? ay : ax;
+  if (!(n > 0 && d < kInfinity)) return {};  // zeros, infinities and NaN: atan2Special
   auto field = [](double v) { return static_cast<int>(std::bit_cast<uint64_t>(v) >> 52); };
   if (field(d) == 0) {  // both subnormal
     n *= 0x1p600;
@@ -881,7 +884,7 @@ double log(double x) {
   if (x == kInfinity) return x;
   const detail::Estimate e = detail::logEstimate(x);
   double out;
-  if (roundOnce(e, &out)) return out;
+  if (e.ok && roundOnce(e, &out)) return out;
   return logMp(x);
 }
 

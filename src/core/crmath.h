@@ -31,11 +31,13 @@ double log(double x);
 
 namespace detail {
 
-// The first, fast step of each function: the value as hi + lo (|lo| at most
-// an ulp of hi) and a bound on its absolute error. `ok` is false when the
-// step declines the input (it then goes to the slow step directly). Exposed
-// for the tests, which hold the bounds against the exact values.
-// The value is (hi + lo) * 2^exponent (exp alone scales).
+// The first, fast step of each function: the value as (hi + lo) *
+// 2^exponent (only exp scales), |lo| at most an ulp of hi, and a bound on
+// the absolute error of hi + lo. `ok` is false when the step declines the
+// input: special values, and the rare inputs it leaves to the slow step
+// (sin/cos whose reduced argument is below 2^-25, exp with subnormal
+// results, atan2 with quotients below 2^-500). Exposed for the tests, which
+// hold the bounds against the exact values.
 struct Estimate {
   double hi = 0, lo = 0, error = 0;
   bool ok = false;
