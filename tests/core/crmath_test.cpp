@@ -121,17 +121,6 @@ void draw(Fn f, Draws& g, int i, double* a, double* b) {
   }
 }
 
-// Random counts: EFFECTS_CRMATH_SCALE times `n`, a twentieth of it in
-// unoptimised or sanitised builds.
-int64_t samples(int64_t n) {
-  const char* scale = std::getenv("EFFECTS_CRMATH_SCALE");
-  if (scale != nullptr && std::atoll(scale) > 0) n *= std::atoll(scale);
-#if !defined(NDEBUG) || defined(__SANITIZE_ADDRESS__)
-  n /= 20;
-#endif
-  return n;
-}
-
 }  // namespace
 
 // The C library's results where they are exact or defined by IEEE 754.
@@ -178,7 +167,7 @@ TEST(CrMath, FastAndSlowStepsAgree) {
   for (Fn f : {Fn::Sin, Fn::Cos, Fn::Exp, Fn::Log, Fn::Atan2}) {
     int failures = 0;
     for (int i = 0; i < 1500 && failures < 5; ++i) {
-      double a, b;
+      double a = 0, b = 0;
       draw(f, g, i, &a, &b);
       const double fast = call(f, a, b), slow = callSlow(f, a, b);
       if (!same(fast, slow)) {
@@ -248,6 +237,17 @@ TEST(CrMath, ReferenceTable) {
 #if defined(EFFECTS_HAVE_MPFR)
 
 namespace {
+
+// Random counts: EFFECTS_CRMATH_SCALE times `n`, a twentieth of it in
+// unoptimised or sanitised builds.
+int64_t samples(int64_t n) {
+  const char* scale = std::getenv("EFFECTS_CRMATH_SCALE");
+  if (scale != nullptr && std::atoll(scale) > 0) n *= std::atoll(scale);
+#if !defined(NDEBUG) || defined(__SANITIZE_ADDRESS__)
+  n /= 20;
+#endif
+  return n;
+}
 
 struct Mpfr {
   mpfr_t v;
@@ -344,7 +344,7 @@ TEST(CrMathMpfr, RandomInputs) {
     int failures = 0;
     double worst = 0;
     for (int64_t i = 0; i < n && failures < 10; ++i) {
-      double a, b;
+      double a = 0, b = 0;
       draw(f, g, static_cast<int>(i % 12), &a, &b);
       const double want = reference(f, a, b);
       const double got = call(f, a, b);
@@ -481,7 +481,7 @@ TEST(CrMathMpfr, ReferenceTableMatchesMpfr) {
     struct Input { double hard, a, b; };
     std::vector<Input> hard, wrong, plain;
     for (int i = 0; i < 400000; ++i) {
-      double a, b;
+      double a = 0, b = 0;
       draw(f, g, i % 12, &a, &b);
       const Input in{hardness(f, a, b), a, b};
       hard.push_back(in);
