@@ -525,9 +525,10 @@ constexpr double kExpOverflow = 0x1.62e42fefa39efp+9, kExpUnderflow = -0x1.74910
 // |tail| < 2^-130); |n| < 2^18, so n L1 and n L2 are exact, x - n L1 is
 // exact (multiples of 2^-61 below 2^-8) and r is known to 2^-110.
 // exp(r) - 1 = r + r^2/2 + r^3 P(r) through r^7 (truncation 2^-83): r^2/2
-// exact from rh, the cubic part (below 2^-28) in double (2^-79). Times
-// T = 2^(j/128) (2^-106) with the leading product exact; the low sums are
-// below 2^-27: 2^-78. In all under 2^-76 of the result: the bound is 2^-73.
+// from rh's 26-bit halves (the leading square exact, the rest to 2^-80),
+// the cubic part (below 2^-28) in double (2^-79). Times T = 2^(j/128)
+// (2^-106) with the leading product exact; the low sums are below 2^-27:
+// 2^-78. In all under 2^-76 of the result: the bound is 2^-73.
 constexpr double kExpError = 0x1p-73;
 
 }  // namespace
@@ -554,9 +555,11 @@ Estimate expEstimate(double x) {
                        (0x1.5555555555555p-3 +
                         rh * (0x1.5555555555555p-5 +
                               rh * (0x1.1111111111111p-7 + rh * (0x1.6c16c16c16c17p-10 + rh * 0x1.a01a01a01a01ap-13))));
-  const DD q = twoProd(rh, rh * 0.5);
-  const DD e = fastTwoSum(rh, q.hi);
-  const double el = e.lo + (q.lo + rl + rh * rl + cubic);
+  // r^2/2 = r26^2/2 (exact: 26-bit halves) + r26 rr + rr^2/2 + rh rl.
+  double r26, rr;
+  split(rh, &r26, &rr);
+  const DD e = fastTwoSum(rh, r26 * r26 * 0.5);
+  const double el = e.lo + (((r26 * rr + 0.5 * (rr * rr)) + rl + rh * rl) + cubic);
   const double* T = kExp2[j];
   const DD p = twoProd(T[0], e.hi);
   const DD v = fastTwoSum(T[0], p.hi);
@@ -573,11 +576,12 @@ namespace {
 // ---------------------------------------------------------------------------
 // log.
 
-// x = 2^E u, u in [sqrt(2)/2, sqrt(2)); i = round(512 (u - 1)); c = 1/(1 +
-// i/512) from the table and z = c u - 1 exactly as a double-double, |z| <=
-// 2^-9.5. log x = E ln2 - log c + log1p(z), with log1p(z) = z - z^2/2 +
-// z^3 P(z) through z^8 (truncation 2^-79 |z|): z^2/2 exact from zh, the
-// cubic part (below 2^-20.6 |z|) in double, under 2^-71.5 |z| with the low
+// x = 2^E u, u in [sqrt(2)/2, sqrt(2)); i = round(512 (u - 1)); c, 1/(1 +
+// i/512) to 26 bits, from the table and z = c u - 1 exactly as a
+// double-double, |z| <= 2^-9.5. log x = E ln2 - log c + log1p(z), with
+// log1p(z) = z - z^2/2 + z^3 P(z) through z^8 (truncation 2^-79 |z|): z^2/2
+// from zh's 26-bit halves (the leading square exact, the rest to 2^-88
+// |z|), the cubic part (below 2^-20.6 |z|) in double, under 2^-71.5 |z| with the low
 // sums. E ln2 uses ln2 = L1 + L2 (42 + 53 bits; E L1 exact, the rest
 // 2^-84); -log c is in the table (2^-106). No cancellation: for E != 0 the
 // result is above 0.34, and for i != 0, log u is at least half of -log c.
@@ -674,16 +678,22 @@ Estimate logEstimate(double x) {
   const double u = logSplit(x, &exponent);
   const int i = static_cast<int>(nearestInteger((u - 1) * 512));
   const LogEntry& entry = kLog[i + 150];
-  const DD p = twoProd(entry.c, u);
-  const DD z = twoSum(p.hi - 1, p.lo);  // p.hi - 1 exact: p.hi is within 2^-8 of 1
+  // c has 26 bits, so c u = ph + pl exactly with u's halves alone.
+  double uh, ul;
+  split(u, &uh, &ul);
+  const double ph = entry.c * u;
+  const double pl = (entry.c * uh - ph) + entry.c * ul;
+  const DD z = twoSum(ph - 1, pl);  // ph - 1 exact: ph is within 2^-8 of 1
   const double zh = z.hi, zl = z.lo;
   const double cubic =
       zh * zh * zh *
       (0x1.5555555555555p-2 +
        zh * (-0.25 + zh * (0x1.999999999999ap-3 + zh * (-0x1.5555555555555p-3 + zh * (0x1.2492492492492p-3 - zh * 0.125)))));
-  const DD h = twoProd(zh, zh * -0.5);
-  const DD a = fastTwoSum(zh, h.hi);
-  const double al = a.lo + ((h.lo + zl - zh * zl) + cubic);
+  // -z^2/2 = -z26^2/2 (exact: 26-bit halves) - z26 (zr + zl) - (zr + zl)^2/2.
+  double z26, zr;
+  split(zh, &z26, &zr);
+  const DD a = fastTwoSum(zh, z26 * z26 * -0.5);
+  const double al = a.lo + (((zl - z26 * (zr + zl)) - 0.5 * (zr * zr)) + cubic);
   const double ed = exponent;
   const DD b = twoSum(ed * kLn2_1, entry.minusLog[0]);
   const double bl = b.lo + (ed * kLn2_2 + entry.minusLog[1]);

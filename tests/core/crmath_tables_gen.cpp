@@ -142,13 +142,13 @@ int main() {
   printPieces("kLn2_", ln2.v, {42, 53});
   std::printf(
       "// For i = -150..212 (stored at i + 150): c = 1/(1 + i/512) rounded to\n"
-      "// nearest, then -log(c) of that double.\n"
+      "// nearest with 26 significant bits, then -log(c) of that double.\n"
       "struct LogEntry {\n  double c;\n  double minusLog[2];\n};\n"
       "inline constexpr LogEntry kLog[363] = {\n");
   for (int i = -150; i <= 212; ++i) {
     mpfr_set_si(t.v, 512 + i, MPFR_RNDN);
     mpfr_ui_div(t.v, 512, t.v, MPFR_RNDN);
-    const double c = mpfr_get_d(t.v, MPFR_RNDN);
+    const double c = roundedTo(t.v, 26);
     mpfr_set_d(t.v, c, MPFR_RNDN);
     mpfr_log(u.v, t.v, MPFR_RNDN);
     mpfr_neg(u.v, u.v, MPFR_RNDN);
