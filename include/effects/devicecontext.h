@@ -73,5 +73,38 @@ EFFECTS_API int32_t EFFECTS_CALL VexoCropPreview32(int32_t width, int32_t height
  * GDI's description of the source returned (its scan lines). */
 EFFECTS_API int32_t EFFECTS_CALL VexoWhiteCanvas(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc);
 
+/* ---------------------------------------------------------- adjustments */
+
+/* The 32-bit buffer exports' arithmetic on the bitmap's pixels:
+ * VexoSaturation32, VexoHue32, VexoInvert32, VexoGrayScale32 and
+ * VexoRGBChannelFilter32 exactly. */
+EFFECTS_API int32_t EFFECTS_CALL VexoSaturation(void* hdc, void* hbm, int32_t amount);
+EFFECTS_API int32_t EFFECTS_CALL VexoHue(void* hdc, void* hbm, int32_t hue);
+EFFECTS_API int32_t EFFECTS_CALL VexoInvert(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t channel);
+EFFECTS_API int32_t EFFECTS_CALL VexoGrayScale(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t channel);
+EFFECTS_API int32_t EFFECTS_CALL VexoRGBChannelFilter(void* hdc, void* hbm, int32_t channel);
+
+/* Colour filters 1-3 as VexoColorFilter32 (red, green or blue alone); 4-6
+ * mix their two bytes as signed 8-bit values: (a + b) / 2 truncated toward
+ * zero, low byte stored, so red 200 and green 50 give 253. Other filters
+ * change nothing (the picture is still written). reserved and reserved2 are
+ * ignored. */
+EFFECTS_API int32_t EFFECTS_CALL VexoColorFilter(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t reserved, int32_t filter, int32_t reserved2);
+
+/* Gamma through a table: gamma limited to 0..10, entry i = trunc(pow(i / 255,
+ * 1 / gamma) x 255), also at gamma 1. */
+EFFECTS_API int32_t EFFECTS_CALL VexoGamma(void* hdc, void* hbm, float gamma);
+/* Whole stops: each channel times 2^stops, truncated and limited to 0..255. */
+EFFECTS_API int32_t EFFECTS_CALL Vexofstop(void* hdc, void* hbm, double stops);
+/* Six-level web palette: 0-25 -> 0, 26-77 -> 51, 78-128 -> 102,
+ * 129-179 -> 153, 180-230 -> 204, 231-255 -> 255. */
+EFFECTS_API int32_t EFFECTS_CALL VexoWebColour(void* hdc, void* hbm);
+/* Edge-only smoothing of the interior pixels, in buffer order (bottom row
+ * first) and in place, so cells already smoothed feed later ones: each of the
+ * nine cells of the 3 x 3 square contributes the pixel's own colour when its
+ * brightness (b + g + r) / 3 lies within 50 of the pixel's, else its own
+ * colour; the sums are divided by 9. Pictures under 3 x 3 are unchanged. */
+EFFECTS_API int32_t EFFECTS_CALL VexoAntiAlias(void* hdc, void* hbm);
+
 EFFECTS_EXTERN_C_END
 #endif
