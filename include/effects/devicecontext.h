@@ -106,5 +106,39 @@ EFFECTS_API int32_t EFFECTS_CALL VexoWebColour(void* hdc, void* hbm);
  * colour; the sums are divided by 9. Pictures under 3 x 3 are unchanged. */
 EFFECTS_API int32_t EFFECTS_CALL VexoAntiAlias(void* hdc, void* hbm);
 
+/* ------------------------------------------- filters and warps on bitmaps */
+
+/* The device-context forms of the soften, the warps and the rotation. Their
+ * parameters (a choice of this library; the 32-bit stdcall argument size in
+ * brackets) are the bitmap's device context and handle, then those of the
+ * 32-bit buffer export in the same order and types, less what a 24-bit
+ * picture has no use for (its size, the buffers, includeMask). Each reads the
+ * bitmap top row first and works with the buffer export's arithmetic on the
+ * picture as it is seen, so the same picture gives the same colours either
+ * way (the centre of a warp, the direction of a turn); the result is written
+ * back in place. Results as above (-1, 0 or the scan lines read).
+ *
+ *   VexoPostBlur(hdc, hbm) [8]: the 3 x 3 soften of VexoPostBlur32.
+ *   VexoSwirl(hdc, hbm, twist) [12]: VexoSwirl32.
+ *   VexoTwirl(hdc, hbm, twist) [12]: VexoTwirlEx32 with twist for both rings.
+ *   VexoTwirlEx(hdc, hbm, outerTwist, innerTwist) [16]: VexoTwirlEx32.
+ *   VexoBlockWaves(hdc, hbm, amplitude, frequency, style) [20]: VexoBlockWaves32.
+ *   VexoCircularWavesEx(hdc, hbm, amplitude, frequency) [16]: VexoCircularWavesEx32.
+ *   VexoRotate2(hdc, hbm, targetWidth, targetHeight, angle) [20]: the bitmap
+ *     rotated as VexoRotate32 rotates it into a targetWidth x targetHeight
+ *     picture (black outside the turned picture), which is drawn at (0, 0) on
+ *     the bitmap selected into hdc (the same bitmap, when hbm is selected
+ *     there, clipped to it) through a compatible device context and bitmap:
+ *     SetDIBitsToDevice onto those, then BitBlt onto hdc. A target size below
+ *     1 draws nothing. 0 (nothing drawn) also when GDI cannot make the
+ *     compatible device context or bitmap. */
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur(void* hdc, void* hbm);
+EFFECTS_API int32_t EFFECTS_CALL VexoSwirl(void* hdc, void* hbm, int32_t twist);
+EFFECTS_API int32_t EFFECTS_CALL VexoTwirl(void* hdc, void* hbm, int32_t twist);
+EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx(void* hdc, void* hbm, int32_t outerTwist, int32_t innerTwist);
+EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves(void* hdc, void* hbm, int32_t amplitude, int32_t frequency, int32_t style);
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx(void* hdc, void* hbm, int32_t amplitude, int32_t frequency);
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate2(void* hdc, void* hbm, int32_t targetWidth, int32_t targetHeight, float angle);
+
 EFFECTS_EXTERN_C_END
 #endif

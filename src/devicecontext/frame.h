@@ -18,15 +18,21 @@ using platform::Bitmap;
 using platform::DeviceContext;
 using platform::Dib24;
 
-// The frame in full: `change(picture)` gets the rows in buffer order (bottom
-// row first) and returns false when it could not work (no memory for its own
-// buffers): then nothing is written and the result is 0. The picture lives in
-// scratch slot First.
+// The order of the rows handed over: as GDI delivers them for the bitmap's
+// height (bottom row first), or top row first, as the picture is seen.
+enum class Rows { AsDelivered, TopDown };
+
+// The frame in full: `change(picture)` gets the rows in the order asked for
+// and returns false when it could not work (no memory for its own buffers):
+// then nothing is written and the result is 0. The picture lives in scratch
+// slot `slot`.
 template <class F>
-int32_t adjustBitmap(DeviceContext dcOut, Bitmap bmOut, DeviceContext dcIn, Bitmap bmIn, F&& change) {
+int32_t adjustBitmap(DeviceContext dcOut, Bitmap bmOut, DeviceContext dcIn, Bitmap bmIn, F&& change,
+                     Rows order = Rows::AsDelivered, ScratchSlot slot = ScratchSlot::First) {
   Dib24 dib(dcIn, bmIn);
   if (!dib.described()) return -1;
-  uint8_t* bits = dib.scratch(ScratchSlot::First);
+  if (order == Rows::TopDown) dib.topDown();
+  uint8_t* bits = dib.scratch(slot);
   if (bits == nullptr) return 0;
   const int32_t lines = dib.read(bits);
   if (lines == 0) return 0;

@@ -2,8 +2,9 @@
 // pair: GDI's format query describes the bitmap, the header is switched to 24
 // bits (BI_RGB, image size 0), and the pixels are read and written as rows of
 // blue, green, red bytes padded to 4 bytes, in the order GDI delivers them for
-// the bitmap's reported height (bottom row first). GDI's raw results go back
-// to the callers, which decide what they mean.
+// the bitmap's reported height (bottom row first), or top row first on
+// request. GDI's raw results go back to the callers, which decide what they
+// mean.
 #pragma once
 
 #include <cstddef>
@@ -34,6 +35,11 @@ class Dib24 {
   bool described() const { return queried_ != 0; }
 
   int32_t width() const { return header_.biWidth; }
+  // Reads and writes the rows top row first from here on (a negative
+  // height in the header), for the exports that work on the picture as it
+  // is seen.
+  void topDown() { header_.biHeight = -lines(); }
+
   // The scan lines of the picture (the reported height, whichever its sign).
   int32_t lines() const {
     return header_.biHeight < 0 ? (header_.biHeight == INT32_MIN ? 0 : -header_.biHeight) : header_.biHeight;
