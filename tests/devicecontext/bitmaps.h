@@ -1,7 +1,7 @@
 // Bitmaps for the tests of the exports on (device context, bitmap) pairs:
-// test surfaces (real GDI on Windows, DIB sections and device-dependent
-// bitmaps alike; the stand-in elsewhere) filled with given pictures, and the
-// 24-bit bottom-up rows GDI exchanges for them.
+// test surfaces holding given pictures (on Windows DIB sections and
+// device-dependent bitmaps, both real GDI), and the 24-bit bottom-up rows GDI
+// exchanges for them.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,8 @@
 
 namespace effects::test {
 
-// A picture as the surfaces hold it: top row first, one word a pixel, blue in
-// the low byte, then green, red and the fourth byte.
+// A picture as the surfaces hold it, top row first: blue in the low byte,
+// then green, red and the fourth byte.
 using Words = std::vector<uint32_t>;
 
 inline Words randomWords(size_t n, uint32_t seed) {
@@ -21,27 +21,25 @@ inline Words randomWords(size_t n, uint32_t seed) {
   uint32_t s = seed * 2654435761u + 7u;
   for (auto& w : v) {
     s = s * 1103515245u + 12345u;
-    const uint32_t lo = s >> 8;
-    s = s * 1103515245u + 12345u;
-    w = (lo & 0xFFFFFFu) | ((s >> 16) << 24);
+    w = (s >> 8) ^ (s << 16);
   }
   return v;
 }
-
-inline uint32_t colourOf(uint32_t word) { return word & 0xFFFFFFu; }
-inline uint32_t word(uint8_t blue, uint8_t green, uint8_t red) {
-  return uint32_t{blue} | (uint32_t{green} << 8) | (uint32_t{red} << 16);
+inline uint32_t word(uint8_t blue, uint8_t green, uint8_t red) { return blue | green << 8 | uint32_t(red) << 16; }
+// Without the fourth bytes, which a 24-bit write sets to 0.
+inline Words coloursOf(Words v) {
+  for (auto& w : v) w &= 0xFFFFFFu;
+  return v;
 }
 
 inline const TestSurface::Kind kSurfaceKinds[] = {TestSurface::Kind::Section, TestSurface::Kind::DeviceDependent};
 
-inline std::unique_ptr<TestSurface> surfaceOf(int32_t width, int32_t height, const Words& words,
+inline std::unique_ptr<TestSurface> surfaceOf(int32_t w, int32_t h, const Words& words,
                                               TestSurface::Kind kind = TestSurface::Kind::Section) {
-  auto s = std::make_unique<TestSurface>(width, height, 0u, kind);
+  auto s = std::make_unique<TestSurface>(w, h, 0u, kind);
   s->setAll(words.data());
   return s;
 }
-
 inline Words wordsOf(TestSurface& s) {
   Words v;
   for (int32_t y = 0; y < s.height(); ++y)
@@ -49,34 +47,37 @@ inline Words wordsOf(TestSurface& s) {
   return v;
 }
 
-// Without the fourth bytes, which a 24-bit write sets to 0.
-inline Words coloursOf(const Words& words) {
-  Words v(words);
-  for (auto& w : v) w = colourOf(w);
+inline size_t stride24(int32_t w) { return (size_t(w) * 3u + 3u) & ~size_t{3}; }
+// Byte i of pixel (x, y) in 24-bit rows, bottom row first.
+inline size_t at24(int32_t w, int32_t h, int32_t x, int32_t y) { return size_t(h - 1 - y) * stride24(w) + size_t(x) * 3u; }
+
+inline std::vector<uint8_t> rows24(int32_t w, int32_t h, const Words& words, uint8_t pad = 0) {
+  std::vector<uint8_t> rows(stride24(w) * size_t(h), pad);
+  for (int32_t y = 0; y < h; ++y)
+    for (int32_t x = 0; x < w; ++x)
+      for (int i = 0; i < 3; ++i) rows[at24(w, h, x, y) + size_t(i)] = uint8_t(words[size_t(y * w + x)] >> (8 * i));
+  return rows;
+}
+inline Words fromRows24(int32_t w, int32_t h, const std::vector<uint8_t>& rows) {
+  Words v;
+  for (int32_t y = 0; y < h; ++y)
+    for (int32_t x = 0; x < w; ++x) {
+      const uint8_t* p = &rows[at24(w, h, x, y)];
+      v.push_back(word(p[0], p[1], p[2]));
+    }
   return v;
 }
 
-inline size_t stride24(int32_t width) { return (size_t(width) * 3u + 3u) & ~size_t{3}; }
-
-// The 24-bit rows of a picture, bottom row first, padding bytes `pad`.
-inline std::vector<uint8_t> rows24(int32_t width, int32_t height, const Words& words, uint8_t pad = 0) {
-  std::vector<uint8_t> rows(stride24(width) * size_t(height), pad);
-  for (int32_t y = 0; y < height; ++y)
-    for (int32_t x = 0; x < width; ++x) {
-      const uint32_t w = words[size_t(y) * size_t(width) + size_t(x)];
-      uint8_t* p = &rows[size_t(height - 1 - y) * stride24(width) + size_t(x) * 3u];
-      p[0] = uint8_t(w), p[1] = uint8_t(w >> 8), p[2] = uint8_t(w >> 16);
-    }
-  return rows;
+// The pixels of a picture as Pixel32 and back (colours only), for the buffer
+// exports the bitmap exports are compared with.
+inline std::vector<Pixel32> pixelsOf(const Words& words) {
+  std::vector<Pixel32> px;
+  for (uint32_t w : words) px.push_back({uint8_t(w), uint8_t(w >> 8), uint8_t(w >> 16), uint8_t(w >> 24)});
+  return px;
 }
-
-inline Words fromRows24(int32_t width, int32_t height, const std::vector<uint8_t>& rows) {
-  Words v(size_t(width) * size_t(height));
-  for (int32_t y = 0; y < height; ++y)
-    for (int32_t x = 0; x < width; ++x) {
-      const uint8_t* p = &rows[size_t(height - 1 - y) * stride24(width) + size_t(x) * 3u];
-      v[size_t(y) * size_t(width) + size_t(x)] = word(p[0], p[1], p[2]);
-    }
+inline Words coloursOf(const std::vector<Pixel32>& px) {
+  Words v;
+  for (const auto& p : px) v.push_back(word(p.blue, p.green, p.red));
   return v;
 }
 

@@ -14,17 +14,6 @@ using namespace effects::test;
 
 namespace {
 
-std::vector<Pixel32> pixelsOf(const Words& words) {
-  std::vector<Pixel32> px;
-  for (uint32_t w : words) px.push_back({uint8_t(w), uint8_t(w >> 8), uint8_t(w >> 16), uint8_t(w >> 24)});
-  return px;
-}
-Words coloursOf(const std::vector<Pixel32>& px) {
-  Words out;
-  for (const auto& p : px) out.push_back(word(p.blue, p.green, p.red));
-  return out;
-}
-
 struct Form {
   const char* what;
   std::function<int32_t(void*, void*)> bitmap;
