@@ -76,7 +76,7 @@ TEST(GdiAgreement, GetDIBitsAndSetDIBits) {
       const std::string what = describe(i, hr, start, lines);
       if (in(s, 0, 1)) {
         const bool query = in(s, 0, 5) == 0;
-        if (query) hr = hm = gdi::BitmapHeader{40};
+        if (query) hr = hm = gdi::BitmapHeader{40, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
         std::vector<uint8_t> br(query ? 0 : bytesFor(hr, s).size(), 0xEE), bm = br;
         EXPECT_EQ(gdi::getDIBits(t.real.dc(), t.real.bitmap(), start, lines, query ? nullptr : br.data(), &hr, 0),
                   mem::getDIBits(&t.dc, &t.bitmap, start, lines, query ? nullptr : bm.data(), &hm, 0)) << what;
