@@ -48,6 +48,7 @@
 
 #include "effects/effects.h"
 #include "platform/test_surface.h"
+#include "support/files.h"
 #include "support/guarded.h"
 #include "support/random_draws.h"
 #include "export_table.h"
@@ -172,16 +173,6 @@ inline size_t perPixel(const std::string& name, size_t* fixed) {
 
 inline std::string dataPath(const std::string& rel) { return std::string(EFFECTS_TEST_DATA_DIR) + "/" + rel; }
 
-inline std::vector<uint8_t> readFile(const std::string& path) {
-  std::vector<uint8_t> out;
-  if (std::FILE* f = std::fopen(path.c_str(), "rb")) {
-    uint8_t buf[4096];
-    size_t got;
-    while ((got = std::fread(buf, 1, sizeof buf, f)) > 0) out.insert(out.end(), buf, buf + got);
-    std::fclose(f);
-  }
-  return out;
-}
 
 // One prepared call: the arguments and everything they point to.
 class PreparedCall {
@@ -236,7 +227,7 @@ class PreparedCall {
     if (r.kind == Result::Integer) mix(&r.i, 8);
     if (r.kind == Result::Real) mix(&r.d, 8);
     for (const auto& b : buffers_) mix(b->data(), b->size());
-    for (const auto& f : outputs_) { const auto bytes = readFile(f); mix(bytes.data(), bytes.size()); }
+    for (const auto& f : outputs_) { const auto bytes = fileBytes(f); mix(bytes.data(), bytes.size()); }
     for (const auto& s : surfaces_) {
       for (int32_t y = 0; y < s.height; ++y)
         for (int32_t x = 0; x < s.width; ++x) { const uint32_t v = s.surface->at(x, y); mix(&v, 4); }
@@ -369,7 +360,7 @@ class PreparedCall {
       }
       case Type::StreamPtr: {
         if (value.rfind("@data:", 0) != 0) throw std::runtime_error("stream wants @data:file");
-        const auto file = readFile(dataPath(value.substr(6)));
+        const auto file = fileBytes(dataPath(value.substr(6)));
         auto b = std::make_unique<Buffer>();
         b->name = name;
         b->element = Type::U8;
