@@ -136,7 +136,11 @@ Binding bind(const Export& e) {
 }
 
 const Export& resolve(const std::string& name, const Image* current) {
-  if (const Export* e = table::findExport(name)) return *e;
+  // A family's name can also be an export on device-context bitmaps
+  // (VexoInvert, VexoGamma); the tool runs pictures, so there the name means
+  // the family.
+  const Export* exact = table::findExport(name);
+  if (exact && notCallable(*exact).empty()) return *exact;
   const int layout = current ? layoutOf(current->depth) : 32;
   const Export* member = nullptr;
   bool family = false;
@@ -146,6 +150,7 @@ const Export& resolve(const std::string& name, const Image* current) {
     if (e.layout == layout) member = &e;
   }
   if (member) return *member;
+  if (exact) return *exact;  // not callable: running it says why
   if (family) throw UsageError(name + " has no member for the " + std::to_string(layout) + "-bit layout");
   throw UsageError("no export called " + name + " (effects list shows them)");
 }
