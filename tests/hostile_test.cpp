@@ -15,6 +15,9 @@
 
 namespace effects::test::hostile {
 namespace {
+using table::Kind;
+using table::Order;
+using table::Use;
 
 TEST(Hostile, EveryExportSurvivesEdgeArguments) {
   const char* mode = std::getenv("EFFECTS_HOSTILE");
@@ -42,18 +45,18 @@ int32_t writesFirstPixelAlways(int32_t, Pixel32* pixels) {
 int32_t claimsSuccess(const char*, int32_t, int32_t, const Pixel32*, float*) { return 0; }
 
 TEST(Hostile, TheChecksCatchPlantedFaults) {
-  const table::Export touchy{"PlantedMask32", Type::I32, 32, table::Platforms::All, table::SizeRule::Count, "", "",
-                             {{"elementCount", Type::I32, Role::Count, false},
-                              {"pixels", Type::Pixel32Ptr, Role::Pixels, false}},
+  const table::Export touchy{"PlantedMask32", Type::I32, 32, table::Platforms::All, table::SizeRule::Count, "", "", "",
+                             {{"elementCount", Type::I32, Role::Count, false, {Kind::None, Use::None, Order::None, 0, -1, -1}},
+                              {"pixels", Type::Pixel32Ptr, Role::Pixels, false, {Kind::Picture, Use::Out, Order::Bgra, 4, 0, -1}}},
                              [](const Arg* a) {
                                return Result::of(writesFirstPixelAlways(a[0].as<int32_t>(), a[1].as<Pixel32*>()));
                              }};
   const table::Export liar{"RGBE_WriteHeader_Planted", Type::I32, 32, table::Platforms::All,
-                           table::SizeRule::Picture, "", "",
-                           {{"fileName", Type::Text, Role::Path, true}, {"width", Type::I32, Role::Width, false},
-                            {"height", Type::I32, Role::Height, false},
-                            {"pixels", Type::Pixel32Ptr, Role::Pixels, true},
-                            {"scratch", Type::F32Ptr, Role::Buffer, false}},
+                           table::SizeRule::Picture, "", "", "",
+                           {{"fileName", Type::Text, Role::Path, true, {Kind::None, Use::Out, Order::None, 0, -1, -1}}, {"width", Type::I32, Role::Width, false, {Kind::None, Use::None, Order::None, 0, -1, -1}},
+                            {"height", Type::I32, Role::Height, false, {Kind::None, Use::None, Order::None, 0, -1, -1}},
+                            {"pixels", Type::Pixel32Ptr, Role::Pixels, true, {Kind::Picture, Use::In, Order::Bgra, 4, 1, 2}},
+                            {"scratch", Type::F32Ptr, Role::Buffer, false, {Kind::Samples, Use::Scratch, Order::Rgb, 3, 1, 2}}},
                            [](const Arg* a) {
                              return Result::of(claimsSuccess(a[0].as<const char*>(), a[1].as<int32_t>(),
                                                              a[2].as<int32_t>(), a[3].as<const Pixel32*>(),

@@ -3,6 +3,7 @@
 // the aged-photo tint.
 #include <cmath>
 
+#include "core/crmath.h"
 #include "core/layout.h"
 #include "core/numeric.h"
 #include "core/picture.h"
@@ -52,7 +53,7 @@ void sineOffsets(int32_t width, int32_t height, typename L::Pixel* px, int32_t r
     const double ar = redAmount * k255, ag = greenAmount * k255, ab = blueAmount * k255;
     auto shift = [](float c, double a) {
       const double v = c;
-      return static_cast<float>(v + std::sin(v) * a);
+      return static_cast<float>(v + crmath::sin(v) * a);
     };
     forEachPixel(pic, [=](P& p) {
       p.red = shift(p.red, ar);
@@ -63,7 +64,7 @@ void sineOffsets(int32_t width, int32_t height, typename L::Pixel* px, int32_t r
     const double ar = redAmount, ag = greenAmount, ab = blueAmount;
     auto shift = [](E c, double a) {
       const double v = c;
-      return truncClamp<L>(v + std::sin(v * L::unit) * a);
+      return truncClamp<L>(v + crmath::sin(v * L::unit) * a);
     };
     forEachPixel(pic, [=](P& p) {
       p.red = shift(p.red, ar);

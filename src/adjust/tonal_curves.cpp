@@ -2,8 +2,10 @@
 // levels (input points, gamma, curve, output points), the equalizer that
 // keeps each pixel's dominant colour, and the whole-factor dodge.
 #include <cmath>
+#include <type_traits>
 
 #include "adjust/tonal.h"
+#include "core/crmath.h"
 
 namespace effects {
 namespace {
@@ -22,7 +24,9 @@ class SineFactor {
 
  private:
   T compute(int32_t q) const {
-    return std::sin(static_cast<T>(q) * static_cast<T>(kPi) * static_cast<T>(kOneOver180)) + amount_ + 1;
+    const T x = static_cast<T>(q) * static_cast<T>(kPi) * static_cast<T>(kOneOver180);
+    if constexpr (std::is_same_v<T, double>) return crmath::sin(x) + amount_ + 1;
+    else return std::sin(x) + amount_ + 1;
   }
   T amount_;
   T at0_, at1_;
@@ -58,7 +62,7 @@ void adjustSine(uint32_t width, uint32_t height, typename L::Pixel* px, float am
     const double a = amount;
     auto curve = [a](float c, float max) {
       const double x = static_cast<double>(c) / max;
-      return static_cast<float>(c * (std::sin(x * kPi * kOneOver180) + a + 1));
+      return static_cast<float>(c * (crmath::sin(x * kPi * kOneOver180) + a + 1));
     };
     forEachPixel(pic, [&](Pixel128& p) {
       if (ch.blue) p.blue = curve(p.blue, maxBlue);
@@ -160,7 +164,7 @@ void adjustLevels128(int32_t n, Pixel128* px, const LevelPoints (&pt)[3], float 
       float& c = element(p, i);
       if (chosen(ch, i)) {
         const double x = static_cast<double>(c) / max[i];
-        c = static_cast<float>(c * (std::sin(x * kPi / 180) + a + 1));
+        c = static_cast<float>(c * (crmath::sin(x * kPi / 180) + a + 1));
       }
       if (c > newMax[i]) newMax[i] = c;
     }

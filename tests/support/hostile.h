@@ -128,6 +128,9 @@ inline constexpr WorkCap kWorkCaps[] = {
     {"VexoAgedLines", "horizontalLines", 65536},
     {"VexoAgedLines", "verticalLines", 65536},
     {"VexoRainDrops", "drops", 65536},
+    {"VexoMotionBlur", "distance", 65536},  // 2 x distance + 1 samples a pixel
+    {"VexoZoomBlur", "strength", 65536},    // up to strength / 2 samples a pixel
+    {"VexoRadialBlur", "spread", 4096},     // 2 x spread + 1 sines and cosines a pixel
 };
 
 // Pointer arguments an export never looks at, so a null one is not invalid.
