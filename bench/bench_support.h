@@ -75,6 +75,29 @@ void registerCase(const std::string& family, std::function<void(int32_t, std::ve
   for (int32_t side : kSides) registerCase<P>(family, side, work);
 }
 
+// A case whose repeated application would drift into a trivial picture (a
+// threshold, a clamp, a power that runs everything to white): the layer is
+// restored before each call with the timer paused.
+template <class P>
+void registerRestoring(const std::string& family, std::function<void(int32_t side, P* pixels)> work) {
+  for (int32_t side : kSides) {
+    benchmark::RegisterBenchmark(caseName(family, layoutName<P>(), side).c_str(),
+                                 [side, work](benchmark::State& state) {
+                                   const auto original = layer<P>(side);
+                                   auto px = original;
+                                   for (auto _ : state) {
+                                     state.PauseTiming();
+                                     std::memcpy(px.data(), original.data(), px.size() * sizeof(P));
+                                     state.ResumeTiming();
+                                     work(side, px.data());
+                                     benchmark::DoNotOptimize(px.data());
+                                     benchmark::ClobberMemory();
+                                   }
+                                 })
+        ->Unit(benchmark::kMillisecond);
+  }
+}
+
 // Registers a raw case (its own set-up) under the naming convention.
 inline void registerRaw(const std::string& name, std::function<void(benchmark::State&)> fn,
                         const std::string& label = "") {
