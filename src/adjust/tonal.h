@@ -204,10 +204,4 @@ struct LevelsOut {
   E operator()(E e) const { return clampRound<L>(ofMaximum(e, max, reciprocal) * range + outLow); }
 };
 
-// An element left as it is.
-struct Unchanged {
-  template <class E>
-  E operator()(E e) const { return e; }
-};
-
 }  // namespace effects::tonal

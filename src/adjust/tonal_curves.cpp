@@ -81,7 +81,7 @@ void adjustLevelsInt(int32_t n, typename L::Pixel* px, const LevelPoints (&pt)[3
     const float range = pt[i].outHigh - pt[i].outLow;
     out[i] = {max.of[i], 1.0 / max.of[i], range, pt[i].outLow};
   }
-  const Unchanged same;
+  const maps::Unchanged same;
   if (ch.blue && ch.green && ch.red) return maps::each<L>(px, count, out[0], out[1], out[2]);
   // A single chosen channel: the other two stay as they are.
   if (ch.blue) return maps::each<L>(px, count, out[0], same, same);

@@ -45,6 +45,12 @@ inline void eachPlain(P* px, size_t n, const FB& blue, const FG& green, const FR
   }
 }
 
+// An element left as it is (for the channels a call does not touch).
+struct Unchanged {
+  template <class E>
+  E operator()(E e) const { return e; }
+};
+
 // A hook called after each block of pixels is mapped, with the block: the
 // levels find each channel's new maximum there while the block is still in
 // the cache. The default does nothing.

@@ -1,5 +1,5 @@
-// The tonal element maps through their per-call tables, against the same
-// exports on one pixel at a time: a single pixel never fills a table, so
+// The tonal and colour element maps through their per-call tables, against
+// the same exports on one pixel at a time: a single pixel never fills a table, so
 // there every element goes through the map itself. The pictures hold every
 // 8-bit or every 16-bit value (above 32767 included) in each colour element.
 #include <gtest/gtest.h>
@@ -162,4 +162,19 @@ TEST(TonalTables, LevelsAgainstTheirPlainPasses) {
     plainLevels<Layout64>(want16, in16, c.gamma, c.curve, out16, Channels::of(c.channel));
     EXPECT_EQ(got16, want16);
   }
+}
+
+TEST(ColourTables, SixteenBitMapsGiveWhatTheMapGives) {
+  using P = Pixel64;
+  const auto in = everyWord(401 * 331);  // enough for three tables
+  expectPerPixel<P>(in, 401, {
+      {"offsets", [](uint32_t w, uint32_t h, P* p) { VexoAdjust1Colors64(w, h, p, 9000, -20000, 70000); }},
+      {"offsets wrapping", [](uint32_t w, uint32_t h, P* p) { VexoAdjust1Colors64(w, h, p, INT32_MAX, 1, INT32_MIN); }},
+      {"sine offsets", [](uint32_t w, uint32_t h, P* p) { VexoAdjust0Colors64(w, h, p, 3000, -500, 20000); }},
+      {"tint", [](uint32_t w, uint32_t h, P* p) { VexoCustomBacterial64(static_cast<int32_t>(4 * w * h), p, 100, 40000, 7, 1); }},
+      {"tint, green", [](uint32_t w, uint32_t h, P* p) { VexoCustomBacterial64(static_cast<int32_t>(4 * w * h), p, 100, 40000, 7, 3); }},
+      {"web colour", [](uint32_t w, uint32_t h, P* p) { VexoWebColour64(static_cast<int32_t>(4 * w * h), p); }},
+      {"aged photo", [](uint32_t w, uint32_t h, P* p) { VexoAgedPhoto64(static_cast<int32_t>(4 * w * h), p, 1); }},
+      {"aged photo, red", [](uint32_t w, uint32_t h, P* p) { VexoAgedPhoto64(static_cast<int32_t>(4 * w * h), p, 2); }},
+  });
 }
