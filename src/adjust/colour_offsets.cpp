@@ -18,6 +18,7 @@ namespace {
 // float one adds delta / 255 and does not clamp.
 template <class L>
 struct Offset {
+  static constexpr bool cheap = true;
   int32_t delta;
   typename L::Element operator()(typename L::Element c) const { return clampStore<L>(wrapAdd(c, delta)); }
 };
@@ -100,7 +101,7 @@ void constantTint(int32_t n, typename L::Pixel* px, A redAdd, A greenAdd, A blue
     });
   } else {
     auto wrapping = [](A add) {
-      return [add](E c) { return static_cast<E>(c + add); };
+      return maps::cheap([add](E c) { return static_cast<E>(c + add); });
     };
     const auto red = wrapping(ch.red ? redAdd : A{0}), green = wrapping(ch.green ? greenAdd : A{0}),
                blue = wrapping(ch.blue ? blueAdd : A{0});
@@ -115,12 +116,14 @@ void constantTint(int32_t n, typename L::Pixel* px, A redAdd, A greenAdd, A blue
 // fire: the picture is left with the two levels, and that is the effect.
 template <class L>
 struct WebLevel {
+  static constexpr bool cheap = true;
   typename L::Element operator()(typename L::Element c) const { return compared<L>(c) < 26 ? 0 : 51; }
 };
 // The steps after the level, for red and blue. The 16-bit chain has no 77
 // step and compares signed values.
 template <class L>
 struct WebSteps {
+  static constexpr bool cheap = true;
   typename L::Element operator()(typename L::Element c) const {
     typename L::Compare v = compared<L>(WebLevel<L>{}(c));
     if constexpr (sizeof(c) == 1) {
@@ -183,7 +186,8 @@ void agedPhoto(int32_t n, typename L::Pixel* px, int32_t channel) {
     const int32_t addRed = !ch.red ? 0 : fullInt<L> == 255 ? 79 : 10151;
     const int32_t addGreen = !ch.green ? 0 : fullInt<L> == 255 ? 41 : 5268;
     auto gain = [](int32_t add) {
-      return [add](E c) { return add == 0 ? c : static_cast<E>(c + add > fullInt<L> ? fullInt<L> : c + add); };
+      return maps::cheap(
+          [add](E c) { return add == 0 ? c : static_cast<E>(c + add > fullInt<L> ? fullInt<L> : c + add); });
     };
     maps::each<L>(px, pixelsForCount(n), maps::Unchanged{}, gain(addGreen), gain(addRed));
   }

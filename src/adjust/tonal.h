@@ -144,6 +144,7 @@ struct LevelPercentage {
 template <class L>
 struct Dodge {
   using E = typename L::Element;
+  static constexpr bool cheap = true;
   int32_t factor;
   E operator()(E c) const {
     const int32_t v = wrapMul(c, factor);

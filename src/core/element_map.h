@@ -45,8 +45,27 @@ inline void eachPlain(P* px, size_t n, const FB& blue, const FG& green, const FR
   }
 }
 
+// A map a 16-bit table does not pay for: a few integer operations an element
+// cost less than a load from a 128 KiB table. Such maps state `cheap`; the
+// 8-bit tables (one load from 256 bytes) pay for every map.
+template <class F, class = void>
+struct IsCheap : std::false_type {};
+template <class F>
+struct IsCheap<F, std::void_t<decltype(F::cheap)>> : std::bool_constant<F::cheap> {};
+
+// Marks a map (a lambda, say) as cheap.
+template <class F>
+struct Cheap : F {
+  static constexpr bool cheap = true;
+};
+template <class F>
+Cheap<F> cheap(F f) {
+  return Cheap<F>{f};
+}
+
 // An element left as it is (for the channels a call does not touch).
 struct Unchanged {
+  static constexpr bool cheap = true;
   template <class E>
   E operator()(E e) const { return e; }
 };
@@ -253,7 +272,8 @@ void each(typename L::Pixel* px, size_t n, const FB& blue, const FG& green, cons
   } else if constexpr (L::integer && sizeof(E) == 2) {
     const bool sameGreen = detail::same(blue, green), sameRed = detail::same(blue, red);
     const size_t distinct = 1 + !sameGreen + !(sameRed || detail::same(green, red));
-    if (worthTables(n, distinct, 65536)) {
+    constexpr bool allCheap = IsCheap<FB>::value && IsCheap<FG>::value && IsCheap<FR>::value;
+    if (!allCheap && worthTables(n, distinct, 65536)) {
       auto* t = static_cast<E*>(scratchBytes(distinct * 65536 * sizeof(E), ScratchSlot::Fourth));
       if (t != nullptr) {
         E* tb = t;
