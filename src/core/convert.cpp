@@ -8,10 +8,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/convert_simd.h"
+#include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
 #include "core/picture.h"
 #include "core/rgbe.h"
+#include "core/simd.h"
 
 namespace effects {
 namespace {
@@ -61,19 +64,86 @@ inline uint16_t importBlue48(uint16_t word) {
   return roundLowByte(v);
 }
 
-void lockBlackPoint(int32_t elementCount, Pixel32* dst, const Pixel128* src) {
-  // The darkest colour value, but never above 0: a buffer without negative
-  // values converts exactly as the plain conversion does. The mask is not
-  // looked at, and a NaN never wins the comparison.
+// ------------------------------------------------------------ vector forms
+
+// Whole vectors of the conversions that are not already as fast as a copy:
+// each returns the pixels it did, and the plain per-pixel form does the rest.
+#if defined(__SSE2__)
+
+// Q8 of every element of four float pixels, minus `black` from the colour
+// elements (0 for the plain conversion).
+size_t quantizeVectors(Pixel32* dst, const Pixel128* src, size_t n, float black) {
+  const __m128 shift = _mm_setr_ps(black, black, black, 0.0f);
+  size_t i = 0;
+  for (; i + 4 <= n; i += 4) {
+    auto one = [&](size_t k) { return convert::q8(_mm_sub_ps(simd::loadf(src + i + k), shift)); };
+    const __m128i lo = _mm_packs_epi32(one(0), one(1)), hi = _mm_packs_epi32(one(2), one(3));
+    simd::store(dst + i, _mm_packus_epi16(lo, hi));
+  }
+  return i;
+}
+
+// x * 32767 in double, truncated, clamped to 0..32767: the truncation gives
+// the most negative integer beyond 32 bits and for NaN, the signed
+// narrowing and the maximum with 0 do the clamp.
+size_t narrowVectors(Pixel64* dst, const Pixel128* src, size_t n) {
+  const __m128d k = _mm_set1_pd(32767.0);
+  size_t i = 0;
+  for (; i + 2 <= n; i += 2) {
+    auto one = [&](size_t p) {
+      const __m128 x = simd::loadf(src + i + p);
+      const __m128i lo = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtps_pd(x), k));
+      const __m128i hi = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtps_pd(_mm_movehl_ps(x, x)), k));
+      return _mm_unpacklo_epi64(lo, hi);
+    };
+    simd::store(dst + i, _mm_max_epi16(_mm_packs_epi32(one(0), one(1)), _mm_setzero_si128()));
+  }
+  return i;
+}
+
+// The smallest of 0 and every colour element: a NaN never wins (the minimum
+// instruction keeps its second operand then), and neither does -0 against 0.
+float darkest(const Pixel128* src, size_t n) {
+  __m128 m = _mm_setzero_ps();
+  const __m128 colour = _mm_castsi128_ps(_mm_setr_epi32(-1, -1, -1, 0));
+  for (size_t i = 0; i < n; ++i) m = _mm_min_ps(_mm_and_ps(simd::loadf(src + i), colour), m);
+  alignas(16) float lanes[4];
+  _mm_store_ps(lanes, m);
   float black = 0.0f;
-  forEachPixel(elementCount, src, [&black](const Pixel128& p) {
+  for (float v : lanes)
+    if (v < black) black = v;
+  return black;
+}
+
+#else
+
+size_t quantizeVectors(Pixel32*, const Pixel128*, size_t, float) { return 0; }
+size_t narrowVectors(Pixel64*, const Pixel128*, size_t) { return 0; }
+float darkest(const Pixel128* src, size_t n) {
+  float black = 0.0f;
+  for (size_t i = 0; i < n; ++i) {
+    const Pixel128& p = src[i];
     if (p.blue < black) black = p.blue;
     if (p.green < black) black = p.green;
     if (p.red < black) black = p.red;
-  });
-  forEachPixelPair(elementCount, dst, src, [black](Pixel32& d, const Pixel128& p) {
-    d = Pixel32{Q8(p.blue - black), Q8(p.green - black), Q8(p.red - black), Q8(p.mask)};
-  });
+  }
+  return black;
+}
+
+#endif
+
+void quantize(int32_t elementCount, Pixel32* dst, const Pixel128* src, bool lockBlack) {
+  const size_t n = pixelsForCount(elementCount);
+  if (dst == nullptr || src == nullptr || n == 0) return;
+  const FloatEnvironment env;
+  // The darkest colour value, but never above 0: a buffer without negative
+  // values converts exactly as the plain conversion does. The mask is not
+  // looked at.
+  const float black = lockBlack ? darkest(src, n) : 0.0f;
+  for (size_t i = quantizeVectors(dst, src, n, black); i < n; ++i) {
+    const Pixel128& p = src[i];
+    dst[i] = Pixel32{Q8(p.blue - black), Q8(p.green - black), Q8(p.red - black), Q8(p.mask)};
+  }
 }
 
 // RGBE pixels (red, green, blue mantissa, shared exponent) into float pixels
@@ -144,23 +214,18 @@ EFFECTS_API int32_t EFFECTS_CALL Convert64to128Fast(int32_t n, const Pixel64* sr
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert128to64Fast(int32_t n, Pixel64* dst, const Pixel128* src) {
-  forEachPixelPair(n, dst, src, [](Pixel64& d, const Pixel128& s) {
-    d = Pixel64{narrowFloatTo16(s.blue), narrowFloatTo16(s.green), narrowFloatTo16(s.red), narrowFloatTo16(s.mask)};
-  });
+  const size_t count = pixelsForCount(n);
+  if (dst == nullptr || src == nullptr || count == 0) return n;
+  const FloatEnvironment env;
+  for (size_t i = narrowVectors(dst, src, count); i < count; ++i) {
+    const Pixel128& s = src[i];
+    dst[i] = Pixel64{narrowFloatTo16(s.blue), narrowFloatTo16(s.green), narrowFloatTo16(s.red), narrowFloatTo16(s.mask)};
+  }
   return n;
 }
 
-EFFECTS_API int32_t EFFECTS_CALL Convert128to32Fast(int32_t n, Pixel32* dst, const Pixel128* src) {
-  forEachPixelPair(n, dst, src, [](Pixel32& d, const Pixel128& s) {
-    d = Pixel32{Q8(s.blue), Q8(s.green), Q8(s.red), Q8(s.mask)};
-  });
-  return n;
-}
-
-EFFECTS_API int32_t EFFECTS_CALL Convert128to32Lock(int32_t n, Pixel32* dst, const Pixel128* src) {
-  lockBlackPoint(n, dst, src);
-  return n;
-}
+EFFECTS_API int32_t EFFECTS_CALL Convert128to32Fast(int32_t n, Pixel32* dst, const Pixel128* src) { quantize(n, dst, src, false); return n; }
+EFFECTS_API int32_t EFFECTS_CALL Convert128to32Lock(int32_t n, Pixel32* dst, const Pixel128* src) { quantize(n, dst, src, true); return n; }
 
 // The 3-channel buffers hold red, green, blue: the reverse of the pixel order.
 
