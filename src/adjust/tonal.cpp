@@ -7,6 +7,7 @@
 #include "adjust/tonal.h"
 #include "core/element_map.h"
 #include "core/fpenv.h"
+#include "core/pow.h"
 
 namespace effects {
 namespace {
@@ -115,7 +116,7 @@ void gamma(uint32_t w, uint32_t h, typename L::Pixel* px, float gamma) {
   const FloatEnvironment env;
   const double e = towardHdr ? g : 1.0f / g;
   if constexpr (!L::integer) {
-    mapColours<L>(w, h, px, [e](float c) { return static_cast<float>(std::pow(static_cast<double>(c), e)); });
+    fastpow::powColours(px, pixelsOf(w, h), e);
   } else {
     mapColours<L>(w, h, px, Gamma<L>{e});
   }

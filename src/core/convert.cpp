@@ -13,6 +13,7 @@
 #include "core/layout.h"
 #include "core/numeric.h"
 #include "core/picture.h"
+#include "core/pow.h"
 #include "core/rgbe.h"
 #include "core/simd.h"
 
@@ -53,7 +54,6 @@ inline uint16_t quantizeTo15(float x) {
 
 // 1/2.2: the display gamma of the HDR imports, raised in double precision.
 constexpr double kInverseGamma = 0.45454545454545453;
-inline float gammaOf(double x) { return static_cast<float>(std::pow(x, kInverseGamma)); }
 
 // Blue of the 48-bit import: the signed word scaled from 0..65535 onto
 // 0..32767, then only the low eight bits of its rounding are kept.
@@ -150,18 +150,27 @@ void quantize(int32_t elementCount, Pixel32* dst, const Pixel128* src, bool lock
 // with the display gamma applied. The walk covers width * 4 * height bytes,
 // computed in 32-bit arithmetic (nothing when that is below 1). Red and green
 // are stored as floats before their power is taken; blue goes straight in.
+//
+// s x blue is a mantissa byte times a power of two between 2^-136 and 2^119,
+// which a float holds exactly, so blue too can be stored as a float first;
+// the powers then run over the stored values in vectors (core/pow.h), a
+// block at a time.
 void importRgbe(int32_t width, int32_t height, Pixel128* dst, const uint8_t* rgbe) {
-  if (height < 1) return;
+  if (height < 1 || dst == nullptr || rgbe == nullptr) return;
+  const FloatEnvironment env;
   const auto* quads = reinterpret_cast<const RgbeQuad*>(rgbe);
-  forEachPixelPair(wrappedElementCount(static_cast<uint32_t>(width), static_cast<uint32_t>(height)), dst, quads,
-                   [](Pixel128& p, const RgbeQuad& q) {
-                     const double s = rgbeScale(q.exponent);
-                     p.red = static_cast<float>(q.red * s);
-                     p.green = static_cast<float>(q.green * s);
-                     p.blue = gammaOf(s * q.blue);
-                     p.green = gammaOf(p.green);
-                     p.red = gammaOf(p.red);
-                   });
+  const size_t n = pixelsForCount(wrappedElementCount(static_cast<uint32_t>(width), static_cast<uint32_t>(height)));
+  for (size_t b = 0; b < n; b += 1024) {
+    const size_t m = n - b < 1024 ? n - b : 1024;
+    for (size_t i = b; i < b + m; ++i) {
+      const RgbeQuad& q = quads[i];
+      const double s = rgbeScale(q.exponent);
+      dst[i].red = static_cast<float>(q.red * s);
+      dst[i].green = static_cast<float>(q.green * s);
+      dst[i].blue = static_cast<float>(s * q.blue);
+    }
+    fastpow::powColours(dst + b, m, kInverseGamma);
+  }
 }
 
 // The row conversions walk two pictures of width x height: the pixels and a
@@ -278,9 +287,16 @@ EFFECTS_API int32_t EFFECTS_CALL Convertfloat3xto64(int32_t width, int32_t heigh
   return 0;
 }
 
+// The values are copied in, then raised a row at a time in vectors.
 EFFECTS_API int32_t EFFECTS_CALL Convert128HDRFast(int32_t width, int32_t height, Pixel128* dst, const float* rgb, int32_t /*reserved*/) {
-  convertRows(width, height, dst, reinterpret_cast<const Rgb<float>*>(rgb), [](Pixel128& d, const Rgb<float>& s) {
-    d.red = gammaOf(s.red); d.green = gammaOf(s.green); d.blue = gammaOf(s.blue);
+  const auto pixels = packedPicture(width, height, dst);
+  const auto source = packedPicture(width, height, reinterpret_cast<const Rgb<float>*>(rgb));
+  if (source.empty()) return 0;
+  const FloatEnvironment env;
+  forEachRow(pixels, [&](Pixel128* row, int32_t y) {
+    const Rgb<float>* s = source.row(y);
+    for (int32_t x = 0; x < width; ++x) row[x].red = s[x].red, row[x].green = s[x].green, row[x].blue = s[x].blue;
+    fastpow::powColours(row, static_cast<size_t>(width), kInverseGamma);
   });
   return 0;
 }

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -166,10 +167,14 @@ inline void encodeRounding(const Pixel32* px, size_t n, RgbeQuad* out) {
     }
   }
   for (size_t i = 0; i < n; ++i) {
-    const uint8_t r = px[i].red, g = px[i].green, b = px[i].blue;
-    const uint8_t largest = r > g ? (r > b ? r : b) : (g > b ? g : b);
+    uint32_t p;
+    std::memcpy(&p, px + i, 4);
+    const uint32_t b = p & 0xFFu, g = (p >> 8) & 0xFFu, r = (p >> 16) & 0xFFu;
+    const uint32_t gr = g > r ? g : r;
+    const uint32_t largest = b > gr ? b : gr;
     const uint8_t* t = mantissa[classOf[largest]];
-    out[i] = RgbeQuad{t[r], t[g], t[b], exponentOf[largest]};
+    const uint32_t q = t[r] | (uint32_t{t[g]} << 8) | (uint32_t{t[b]} << 16) | (uint32_t{exponentOf[largest]} << 24);
+    std::memcpy(out + i, &q, 4);
   }
 }
 
