@@ -89,6 +89,7 @@ void saturation128(int32_t n, Pixel128* px, int32_t amount) {
 // 8 bits: the vector form over whole vectors, the plain form on the rest.
 // The walk's order does not matter (no pixel reads another).
 void hue32(int32_t width, int32_t height, Pixel32* px, int32_t hue) {
+  const FloatEnvironment env;
   const HueStep step = hueStep(hue);
   const auto pic = packedPicture(width, height, px);
   const size_t count = pic.pixelCount();
@@ -101,6 +102,7 @@ void hue32(int32_t width, int32_t height, Pixel32* px, int32_t hue) {
 
 // 16 bits: the weight shifted left by 7, out of 32640, divided exactly.
 void hue64(int32_t width, int32_t height, Pixel64* px, int32_t hue) {
+  const FloatEnvironment env;
   const HueStep step = hueStep(hue);
   const Mix64 mix{step.weight << 7};
   withValue<0, 6>(step.sector, [&](auto sector) {

@@ -148,6 +148,7 @@ void webColour(int32_t n, typename L::Pixel* px) {
 // float sum times 0.33333334f.
 template <class L>
 void grey(int32_t n, typename L::Pixel* px, int32_t channel) {
+  const FloatEnvironment env;
   using P = typename L::Pixel;
   using E = typename L::Element;
   const Channels ch = Channels::of(channel);

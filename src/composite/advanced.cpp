@@ -173,6 +173,6 @@ EFFECTS_API int32_t EFFECTS_CALL Vexo128AdvancedMaskDIB(void* hdc, int32_t x, in
 // The per-byte average of blue, green and red, each rounded down; the fourth
 // byte comes out 0.
 EFFECTS_API int32_t EFFECTS_CALL Blending(uint32_t a, uint32_t b) { return static_cast<int32_t>(((a >> 1) & 0x7F7F7Fu) + ((b >> 1) & 0x7F7F7Fu)); }
-EFFECTS_API double EFFECTS_CALL Blending128(float a, float b) { return (static_cast<double>(a) + static_cast<double>(b)) * 0.5; }
+EFFECTS_API double EFFECTS_CALL Blending128(float a, float b) { const FloatEnvironment env; return (static_cast<double>(a) + static_cast<double>(b)) * 0.5; }
 
 }  // extern "C"

@@ -209,6 +209,7 @@ EFFECTS_API int32_t EFFECTS_CALL Convert32to64Fast(int32_t n, const Pixel32* src
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert32to128Fast(int32_t n, const Pixel32* src, Pixel128* dst) {
+  const FloatEnvironment env;
   forEachPixelPair(n, dst, src, [](Pixel128& d, const Pixel32& s) {
     d = Pixel128{widen8toFloat(s.blue), widen8toFloat(s.green), widen8toFloat(s.red), widen8toFloat(s.mask)};
   });
@@ -216,6 +217,7 @@ EFFECTS_API int32_t EFFECTS_CALL Convert32to128Fast(int32_t n, const Pixel32* sr
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert64to128Fast(int32_t n, const Pixel64* src, Pixel128* dst) {
+  const FloatEnvironment env;
   forEachPixelPair(n, dst, src, [](Pixel128& d, const Pixel64& s) {
     d = Pixel128{widen16toFloat(s.blue), widen16toFloat(s.green), widen16toFloat(s.red), widen16toFloat(s.mask)};
   });
@@ -256,6 +258,7 @@ EFFECTS_API int32_t EFFECTS_CALL Convert15BITto16BITFast(int32_t width, int32_t 
 // Red and green are copied bit for bit, blue alone is rescaled (and cut to
 // eight bits); the destination mask keeps its value.
 EFFECTS_API int32_t EFFECTS_CALL Convert16BITto15BITFast(int32_t width, int32_t height, const uint16_t* rgb, Pixel64* dst) {
+  const FloatEnvironment env;
   convertRows(width, height, reinterpret_cast<const Rgb<uint16_t>*>(rgb), dst, [](const Rgb<uint16_t>& s, Pixel64& d) {
     d.red = s.red;
     d.green = s.green;
@@ -281,6 +284,7 @@ EFFECTS_API int32_t EFFECTS_CALL Convert128BIT_3to4ChannelsFast(int32_t width, i
 // This triple is already in pixel order (blue, green, red); the mask becomes
 // fully selected.
 EFFECTS_API int32_t EFFECTS_CALL Convertfloat3xto64(int32_t width, int32_t height, Pixel64* dst, const float* bgr) {
+  const FloatEnvironment env;
   convertRows(width, height, dst, reinterpret_cast<const Bgr<float>*>(bgr), [](Pixel64& d, const Bgr<float>& s) {
     d = Pixel64{quantizeTo15(s.blue), quantizeTo15(s.green), quantizeTo15(s.red), 32767};
   });
