@@ -2,6 +2,7 @@
 // saturation, the hue wheel, colour filters, channel copies and swaps, and the
 // replacement of one colour. One template per family over the three layouts.
 #include <algorithm>
+#include <cstring>
 #include <type_traits>
 
 #include "adjust/colour.h"
@@ -120,6 +121,50 @@ void hue128(int32_t width, int32_t height, Pixel128* px, int32_t hue) {
   });
 }
 
+// ------------------------------------- 8-bit rearrangements as word operations
+
+template <int F>
+struct FilterWords {
+  template <class W>
+  W operator()(W v) const {
+    if constexpr (F == 1) return v & 0xFFFF0000u;
+    else if constexpr (F == 2) return v & 0xFF00FF00u;
+    else if constexpr (F == 3) return v & 0xFF0000FFu;
+    else if constexpr (F == 4) {
+      const W half = (byteAt(v, 8) + byteAt(v, 16)) >> 1;
+      return (v & 0xFF000000u) | (half << 8) | (half << 16);
+    } else if constexpr (F == 5) {
+      const W half = (byteAt(v, 16) + byteAt(v, 0)) >> 1;
+      return (v & 0xFF000000u) | half | (half << 16);
+    } else {
+      const W half = (byteAt(v, 8) + byteAt(v, 0)) >> 1;
+      return (v & 0xFF000000u) | half | (half << 8);
+    }
+  }
+};
+
+template <int C>
+struct CopyWords {
+  template <class W>
+  W operator()(W v) const {
+    if constexpr (C == 2) return (v & 0xFFFF0000u) | byteAt(v, 16) | (byteAt(v, 16) << 8);
+    else if constexpr (C == 3) return (v & 0xFF00FF00u) | byteAt(v, 8) | (byteAt(v, 8) << 16);
+    else return (v & 0xFF0000FFu) | (byteAt(v, 0) << 8) | (byteAt(v, 0) << 16);
+  }
+};
+
+template <int O>
+struct SwapWords {
+  template <class W>
+  W operator()(W v) const {
+    if constexpr (O == 1) return (v & 0xFF00FF00u) | byteAt(v, 16) | (byteAt(v, 0) << 16);
+    else if constexpr (O == 2) return (v & 0xFF0000FFu) | (byteAt(v, 16) << 8) | (byteAt(v, 8) << 16);
+    else if constexpr (O == 3) return (v & 0xFFFF0000u) | byteAt(v, 8) | (byteAt(v, 0) << 8);
+    else if constexpr (O == 4) return (v & 0xFF000000u) | byteAt(v, 8) | (byteAt(v, 16) << 8) | (byteAt(v, 0) << 16);
+    else return (v & 0xFF000000u) | byteAt(v, 16) | (byteAt(v, 0) << 8) | (byteAt(v, 8) << 16);
+  }
+};
+
 // -------------------------------------------------------------- colour filter
 
 // The halved sum of two elements; the float member keeps the plain sum, so
@@ -136,26 +181,30 @@ inline typename L::Element pairOf(typename L::Element a, typename L::Element b) 
 template <class L>
 void colourFilter(int32_t n, typename L::Pixel* px, int32_t filter) {
   using P = typename L::Pixel;
-  const FloatEnvironment env;
   using E = typename L::Element;
+  const FloatEnvironment env;
   withValue<1, 6>(filter, [&](auto which) {
     constexpr int F = decltype(which)::value;
-    forEachPixel(n, px, [](P& p) {
-      const E b = p.blue, g = p.green, r = p.red;
-      if constexpr (F == 1) {
-        p.blue = 0; p.green = 0;
-      } else if constexpr (F == 2) {
-        p.blue = 0; p.red = 0;
-      } else if constexpr (F == 3) {
-        p.green = 0; p.red = 0;
-      } else if constexpr (F == 4) {
-        p.blue = 0; p.green = p.red = pairOf<L>(g, r);
-      } else if constexpr (F == 5) {
-        p.green = 0; p.blue = p.red = pairOf<L>(r, b);
-      } else {
-        p.red = 0; p.blue = p.green = pairOf<L>(g, b);
-      }
-    });
+    if constexpr (std::is_same_v<L, Layout32>) {
+      wordWalk(n, px, FilterWords<F>{});
+    } else {
+      forEachPixel(n, px, [](P& p) {
+        const E b = p.blue, g = p.green, r = p.red;
+        if constexpr (F == 1) {
+          p.blue = 0; p.green = 0;
+        } else if constexpr (F == 2) {
+          p.blue = 0; p.red = 0;
+        } else if constexpr (F == 3) {
+          p.green = 0; p.red = 0;
+        } else if constexpr (F == 4) {
+          p.blue = 0; p.green = p.red = pairOf<L>(g, r);
+        } else if constexpr (F == 5) {
+          p.green = 0; p.blue = p.red = pairOf<L>(r, b);
+        } else {
+          p.red = 0; p.blue = p.green = pairOf<L>(g, b);
+        }
+      });
+    }
   });
 }
 
@@ -166,15 +215,19 @@ void channelCopy(int32_t n, typename L::Pixel* px, int32_t channel) {
   using P = typename L::Pixel;
   withValue<2, 4>(channel, [&](auto which) {
     constexpr int C = decltype(which)::value;
-    forEachPixel(n, px, [](P& p) {
-      if constexpr (C == 2) {
-        p.blue = p.green = p.red;
-      } else if constexpr (C == 3) {
-        p.blue = p.red = p.green;
-      } else {
-        p.green = p.red = p.blue;
-      }
-    });
+    if constexpr (std::is_same_v<L, Layout32>) {
+      wordWalk(n, px, CopyWords<C>{});
+    } else {
+      forEachPixel(n, px, [](P& p) {
+        if constexpr (C == 2) {
+          p.blue = p.green = p.red;
+        } else if constexpr (C == 3) {
+          p.blue = p.red = p.green;
+        } else {
+          p.green = p.red = p.blue;
+        }
+      });
+    }
   });
 }
 
@@ -183,20 +236,24 @@ void channelSwap(int32_t n, typename L::Pixel* px, int32_t order) {
   using P = typename L::Pixel;
   withValue<1, 5>(order, [&](auto which) {
     constexpr int O = decltype(which)::value;
-    forEachPixel(n, px, [](P& p) {
-      const auto b = p.blue, g = p.green, r = p.red;
-      if constexpr (O == 1) {
-        p.blue = r; p.red = b;
-      } else if constexpr (O == 2) {
-        p.green = r; p.red = g;
-      } else if constexpr (O == 3) {
-        p.blue = g; p.green = b;
-      } else if constexpr (O == 4) {
-        p.blue = g; p.green = r; p.red = b;
-      } else {
-        p.blue = r; p.green = b; p.red = g;
-      }
-    });
+    if constexpr (std::is_same_v<L, Layout32>) {
+      wordWalk(n, px, SwapWords<O>{});
+    } else {
+      forEachPixel(n, px, [](P& p) {
+        const auto b = p.blue, g = p.green, r = p.red;
+        if constexpr (O == 1) {
+          p.blue = r; p.red = b;
+        } else if constexpr (O == 2) {
+          p.green = r; p.red = g;
+        } else if constexpr (O == 3) {
+          p.blue = g; p.green = b;
+        } else if constexpr (O == 4) {
+          p.blue = g; p.green = r; p.red = b;
+        } else {
+          p.blue = r; p.green = b; p.red = g;
+        }
+      });
+    }
   });
 }
 

@@ -1,13 +1,17 @@
 // The plain per-pixel forms of the colour mixes: saturation and the hue
 // wheel. colour.cpp runs the vector forms of adjust/colour_simd.h over whole
 // vectors and these over the rest; the tests hold the vector forms to these.
+// And the walk of the 8-bit rearrangements as 32-bit word operations.
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "core/layout.h"
 #include "core/numeric.h"
+#include "core/picture.h"
 
 namespace effects::colour {
 
@@ -96,5 +100,36 @@ struct RotateHue {
   Mix mix;
   void operator()(P& p) const { rotateHue<Sector>(p, mix); }
 };
+
+// An 8-bit pixel read as a little-endian 32-bit word has blue in bits 0-7,
+// green in 8-15, red in 16-23 and the mask in 24-31. The filters, copies and
+// swaps below are written for such words once and run on four words at a time
+// (a vector of the compiler's vector extension) and on single words for the
+// rest: the same operations either way.
+using Words = uint32_t __attribute__((vector_size(16)));
+
+template <class Op>
+inline void wordWalk(int32_t n, Pixel32* px, Op op) {
+  const size_t count = pixelsForCount(n);
+  if (px == nullptr) return;
+  size_t i = 0;
+  for (; i + 4 <= count; i += 4) {
+    Words v;
+    std::memcpy(&v, px + i, 16);
+    v = op(v);
+    std::memcpy(px + i, &v, 16);
+  }
+  for (; i < count; ++i) {
+    uint32_t w;
+    std::memcpy(&w, px + i, 4);
+    w = op(w);
+    std::memcpy(px + i, &w, 4);
+  }
+}
+
+template <class W>
+inline W byteAt(W v, int shift) {
+  return (v >> shift) & 0xFFu;
+}
 
 }  // namespace effects::colour

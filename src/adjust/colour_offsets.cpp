@@ -2,7 +2,9 @@
 // sine-shaped offsets, the wrapping constant tint, the web palette, grey and
 // the aged-photo tint.
 #include <cmath>
+#include <type_traits>
 
+#include "adjust/colour.h"
 #include "core/element_map.h"
 #include "core/fpenv.h"
 #include "core/layout.h"
@@ -152,17 +154,29 @@ void grey(int32_t n, typename L::Pixel* px, int32_t channel) {
   using P = typename L::Pixel;
   using E = typename L::Element;
   const Channels ch = Channels::of(channel);
-  forEachPixel(n, px, [ch](P& p) {
-    E avg;
-    if constexpr (!L::integer) {
-      avg = (p.green + p.blue + p.red) * 0.33333334f;
-    } else {
-      avg = static_cast<E>((p.blue + p.green + p.red) / 3);
-    }
-    if (ch.red) p.red = avg;
-    if (ch.green) p.green = avg;
-    if (ch.blue) p.blue = avg;
-  });
+  if constexpr (std::is_same_v<L, Layout32>) {
+    // As 32-bit words, four at a time: the sum of at most 765 times 43691,
+    // shifted by 17, is the sum divided by 3; the average goes to the chosen
+    // bytes.
+    const uint32_t put = (ch.blue ? 0xFFu : 0u) | (ch.green ? 0xFF00u : 0u) | (ch.red ? 0xFF0000u : 0u);
+    const uint32_t spread = (ch.blue ? 1u : 0u) | (ch.green ? 0x100u : 0u) | (ch.red ? 0x10000u : 0u);
+    colour::wordWalk(n, px, [put, spread](auto v) {
+      const auto avg = ((colour::byteAt(v, 0) + colour::byteAt(v, 8) + colour::byteAt(v, 16)) * 43691u) >> 17;
+      return (v & ~put) | (avg * spread);
+    });
+  } else {
+    forEachPixel(n, px, [ch](P& p) {
+      E avg;
+      if constexpr (!L::integer) {
+        avg = (p.green + p.blue + p.red) * 0.33333334f;
+      } else {
+        avg = static_cast<E>((p.blue + p.green + p.red) / 3);
+      }
+      if (ch.red) p.red = avg;
+      if (ch.green) p.green = avg;
+      if (ch.blue) p.blue = avg;
+    });
+  }
 }
 
 // ------------------------------------------------------------------ aged photo

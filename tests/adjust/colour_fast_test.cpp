@@ -52,3 +52,26 @@ TEST(ColourVectorForms, HueAgainstThePlainForm) {
     });
   }
 }
+
+// The 8-bit filters, copies, swaps and grey run as operations on 32-bit words, four
+// at a time; the 16-bit members, element by element, do the same arithmetic
+// on the same values, so they are the plain form to hold them to.
+TEST(ColourVectorForms, RearrangementsAgainstTheElementForms) {
+  const auto in = varied<Pixel32>(1003);
+  std::vector<Pixel64> wide;
+  for (const auto& p : in) wide.push_back(Pixel64{p.blue, p.green, p.red, p.mask});
+  const int32_t n = static_cast<int32_t>(4 * in.size());
+  auto check = [&](const char* what, int32_t which, auto narrowCall, auto wideCall) {
+    auto got = in;
+    auto want = wide;
+    narrowCall(n, got.data(), which);
+    wideCall(n, want.data(), which);
+    for (size_t i = 0; i < in.size(); ++i)
+      ASSERT_EQ(got[i], (Pixel32{uint8_t(want[i].blue), uint8_t(want[i].green), uint8_t(want[i].red), uint8_t(want[i].mask)}))
+          << what << " " << which << " at " << i;
+  };
+  for (int32_t f = 0; f <= 7; ++f) check("filter", f, VexoColorFilter32, VexoColorFilter64);
+  for (int32_t c = 0; c <= 5; ++c) check("copy", c, VexoRGBChannelFilter32, VexoRGBChannelFilter64);
+  for (int32_t o = 0; o <= 6; ++o) check("swap", o, VexoColorSwitch32, VexoColorSwitch64);
+  for (int32_t c = 0; c <= 5; ++c) check("grey", c, VexoGrayScale32, VexoGrayScale64);
+}
