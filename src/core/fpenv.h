@@ -13,6 +13,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -42,9 +43,21 @@ class FloatEnvironment {
   }
   ~FloatEnvironment() {
 #if defined(__i386__) || defined(__x86_64__)
-    // fldenv also restores the host's status word, so no exception flag of
-    // ours meets an exception the host has unmasked.
-    if (x87Changed_) __asm__ __volatile__("fldenv %0" : : "m"(x87_));
+    if (x87Changed_) {
+      // The host's control word and its status flags come back (so no
+      // exception flag of ours meets an exception the host has unmasked),
+      // but the register stack as it is now: on 32-bit x86 a float result
+      // may already be waiting in st(0).
+      unsigned char now[28];
+      __asm__ __volatile__("fnstenv %0" : "=m"(now));
+      uint16_t sw, hostSw;
+      std::memcpy(now, x87_, 2);  // control word
+      std::memcpy(&sw, now + 4, 2);
+      std::memcpy(&hostSw, x87_ + 4, 2);
+      sw = static_cast<uint16_t>((sw & 0x3800u) | (hostSw & ~0x3800u));  // the stack top stays
+      std::memcpy(now + 4, &sw, 2);
+      __asm__ __volatile__("fldenv %0" : : "m"(now));
+    }
 #endif
 #if defined(__SSE2__)
     if ((csr_ & ~0x3Fu) != kDefaultCsr) _mm_setcsr(csr_);
