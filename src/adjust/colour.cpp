@@ -37,7 +37,11 @@ void saturation32(int32_t n, Pixel32* px, int32_t amount) {
   if (s == 0) return greyToAverage(n, px);
   const size_t count = pixelsForCount(n);
   const Saturate32 plain{s};
-  for (size_t i = sse2::saturate32(px, count, s); i < count; ++i) plain(px[i]);
+  size_t i = 0;
+#if EFFECTS_WIDE
+  if (cpu::avx2()) i = sse2::saturate32Avx2(px, count, s);
+#endif
+  for (i += sse2::saturate32(px + i, count - i, s); i < count; ++i) plain(px[i]);
 }
 
 // 16 bits: s = amount + 32767 in 0..98301, divided by 32767 in signed 32-bit

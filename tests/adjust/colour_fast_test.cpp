@@ -1,11 +1,14 @@
 // The vector forms of the 8-bit saturation and hue wheel against their plain
-// per-pixel forms: every colour at the settings where the arithmetic is at its
-// ends, every seventh colour (the low bits varied too) at the others.
+// per-pixel forms: every fifth colour at the settings where the arithmetic is
+// at its ends, every 31st (the low bits varied too) at the others. (The
+// exhaustive sweeps of the checksum table run every colour through three
+// saturations and fourteen hues as well.)
 #include <gtest/gtest.h>
 
 #include <vector>
 
 #include "adjust/colour.h"
+#include "adjust/colour_simd.h"
 #include "core/dispatch.h"
 #include "support/fast_paths.h"
 
@@ -29,7 +32,7 @@ std::vector<Pixel32> colours(uint32_t step) {
 }  // namespace
 
 TEST(ColourVectorForms, SaturationAgainstThePlainForm) {
-  const auto all = colours(1), some = colours(7);
+  const auto all = colours(5), some = colours(31);
   for (int32_t amount : {-254, 1, 257, 512}) {  // s = 1, 256, 512, 767
     SCOPED_TRACE(amount);
     expectPlain(all, [=](Pixel32* p, int32_t n) { VexoSaturation32(4 * n, p, amount); }, Saturate32{amount + 255});
@@ -40,8 +43,23 @@ TEST(ColourVectorForms, SaturationAgainstThePlainForm) {
   }
 }
 
+#if defined(__SSE2__)
+// Where the processor has AVX2 the export takes that form, so the SSE2 form
+// is held to the plain one directly too.
+TEST(ColourVectorForms, SseSaturationAgainstThePlainForm) {
+  const auto some = colours(31);
+  for (int32_t s : {1, 256, 767, 100}) {
+    auto got = some, want = some;
+    const size_t n = got.size(), done = colour::sse2::saturate32(got.data(), n, s);
+    for (size_t i = done; i < n; ++i) Saturate32{s}(got[i]);
+    for (auto& p : want) Saturate32{s}(p);
+    EXPECT_EQ(got, want) << s;
+  }
+}
+#endif
+
 TEST(ColourVectorForms, HueAgainstThePlainForm) {
-  const auto some = colours(7);
+  const auto some = colours(31);
   // Each sector with a weight of 0, one in between and the largest.
   for (int32_t hue : {0, 1, 30, 49, 50, 77, 99, 100, 120, 149, 150, 175, 199, 200, 222, 249, 250, 280, 299, 300, 333, 349, 350}) {
     SCOPED_TRACE(hue);
