@@ -135,11 +135,11 @@ inline void encodeRounding(const Pixel128* px, size_t n, RgbeQuad* out) {
 
 // The memory encoder over n 8-bit pixels. Every element is one of 256
 // values, the largest of a pixel decides its exponent (one of nine), so a
-// picture of more than a few hundred pixels goes through tables: the
+// picture of 256 x 256 pixels or more goes through tables: the
 // exponent byte of each possible largest element, and the mantissa of each
 // element under each exponent, every entry made by the encoder itself.
 inline void encodeRounding(const Pixel32* px, size_t n, RgbeQuad* out) {
-  if (n < 1024) {
+  if (n < 65536) {  // the tables take some 33,000 encodings to make
     for (size_t i = 0; i < n; ++i)
       encodeRounding(encoderValue(px[i].red), encoderValue(px[i].green), encoderValue(px[i].blue),
                      reinterpret_cast<uint8_t*>(out + i));
