@@ -21,10 +21,10 @@ inline size_t pixelsOf(uint32_t width, uint32_t height) {
 }
 
 // One map for blue, green and red: through a table in the integer layouts
-// where that pays (core/element_map.h), element by element otherwise.
+// where that pays (core/element_map.h), element by element otherwise. The
+// callers hold the float environment from their first statement on.
 template <class L, class F>
 void mapColours(uint32_t width, uint32_t height, typename L::Pixel* px, const F& f) {
-  const FloatEnvironment env;
   maps::all<L>(px, pixelsOf(width, height), f);
 }
 
@@ -32,6 +32,7 @@ void mapColours(uint32_t width, uint32_t height, typename L::Pixel* px, const F&
 template <class L>
 void brightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
   if (amount == 0) return;
+  const FloatEnvironment env;
   if constexpr (!L::integer) {
     const float f = static_cast<float>(amount * k255);
     if (amount < 0) {
@@ -51,6 +52,7 @@ void brightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
 template <class L>
 void blackBrightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
   if (amount == 0) return;
+  const FloatEnvironment env;
   if constexpr (!L::integer) {
     const float factor = amount * k255f + 1;
     mapColours<L>(w, h, px, [factor](float c) { return c * factor; });
@@ -62,6 +64,7 @@ void blackBrightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amou
 // Stretch about a pivot of 127 (16383, 0.5).
 template <class L>
 void contrast(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
+  const FloatEnvironment env;
   if constexpr (!L::integer) {
     const float k = static_cast<float>(amount * L::amountUnit);
     mapColours<L>(w, h, px, [k](float c) { return static_cast<float>((c - 0.5) * k + c); });
@@ -95,8 +98,8 @@ void exposure(uint32_t w, uint32_t h, typename L::Pixel* px, uint8_t mode, int32
 // Two units of stops double the intensity.
 template <class L>
 void fstop(uint32_t w, uint32_t h, typename L::Pixel* px, double stops) {
-  if (stops == 0.0) return;
   const FloatEnvironment env;
+  if (stops == 0.0) return;
   const double factor = std::pow(2.0, 0.5 * stops);
   if constexpr (!L::integer) {
     mapColours<L>(w, h, px, [factor](float c) { return static_cast<float>(c * factor); });
@@ -109,11 +112,11 @@ void fstop(uint32_t w, uint32_t h, typename L::Pixel* px, double stops) {
 // raises to 1/gamma, the HDR one to gamma itself.
 template <class L, bool towardHdr>
 void gamma(uint32_t w, uint32_t h, typename L::Pixel* px, float gamma) {
+  const FloatEnvironment env;
   float g = gamma;
   if (g < 0) g = 0;
   if (g > 10) g = 10;
   if (g == 1.0f) return;
-  const FloatEnvironment env;
   const double e = towardHdr ? g : 1.0f / g;
   if constexpr (!L::integer) {
     fastpow::powColours(px, pixelsOf(w, h), e);

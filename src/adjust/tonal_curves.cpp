@@ -20,8 +20,8 @@ using namespace tonal;
 // every element, chosen or not.
 template <class L>
 void adjustSine(uint32_t width, uint32_t height, typename L::Pixel* px, float amount, int32_t channel) {
-  if (amount == 0.0f) return;
   const FloatEnvironment env;
+  if (amount == 0.0f) return;
   const Channels ch = Channels::of(channel);
   const auto pic = packedPicture(unsignedSize(width), unsignedSize(height), px);
   if constexpr (!L::integer) {
@@ -151,6 +151,7 @@ void adjustLevels(int32_t n, typename L::Pixel* px, int32_t blueInHigh, int32_t 
                   int32_t greenInLow, int32_t redInHigh, int32_t redInLow, float gamma, float curveAmount,
                   float redOutHigh, float redOutLow, float greenOutHigh, float greenOutLow, float blueOutHigh,
                   float blueOutLow, int32_t channel) {
+  const FloatEnvironment env;
   if (n < 1) return;
   float g = gamma;
   if (g < 0) g = 0;
@@ -159,7 +160,6 @@ void adjustLevels(int32_t n, typename L::Pixel* px, int32_t blueInHigh, int32_t 
                              {greenInHigh, greenInLow, greenOutHigh, greenOutLow},
                              {redInHigh, redInLow, redOutHigh, redOutLow}};
   const Channels ch = Channels::of(channel);
-  const FloatEnvironment env;
   if constexpr (!L::integer) adjustLevels128(n, px, pt, g, curveAmount, ch);
   else adjustLevelsInt<L>(n, px, pt, g, curveAmount, ch);
 }
