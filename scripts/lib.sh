@@ -27,7 +27,7 @@ ensure_packages() {
     || die "could not install: ${missing[*]}"
 }
 
-NATIVE_PACKAGES=(cmake make g++ googletest libpng-dev pkg-config binutils file)
+NATIVE_PACKAGES=(cmake make g++ googletest libpng-dev libmpfr-dev pkg-config binutils file python3 python3-numpy python3-pytest)
 WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 wine64)
 CHECK_PACKAGES=(python3 clang libclang-rt-14-dev imagemagick openimageio-tools)
 X86_PACKAGES=(g++-multilib qemu-user)

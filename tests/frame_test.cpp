@@ -83,9 +83,11 @@ TEST(Frame, EmptyAndNegativeSizesTouchNothing) {
 // (The display pictures of the compositing exports are outputs, not
 // pictures changed in place.)
 const char* const kWritesMask =
-    "CallToneMapping|VexoInvertMask.*|VexoHalftoneMask.*|VexoClearMask.*|VexoBlankMask.*|VexoNewPicture.*|Vexo(32|64|128)AdvancedMaskDIB|"
-    "Vexo(32|64|128)(Direct)?BitBlt(Flip)?MaskDIB|Vexo32DirectMaskDIB|Convert(64to32|32to64|32to128|64to128|"
-    "128to64|128to32)(Fast|Screen|Lock)|Convertfloat3xto64";
+    "CallToneMapping|VexoInvertMask.*|VexoHalftoneMask.*|Vexo(PostBlur|PostBlurMask|MotionBlur|ZoomBlur|RadialBlur|"
+    "SharpenMask|DilaterMask|EroderMask)(32|64|128)|VexoClearMask.*|VexoBlankMask.*|VexoNewPicture.*|Vexo(32|64|128)AdvancedMaskDIB|"
+    "Vexo(32|64|128)(Direct)?BitBlt(Flip)?MaskDIB|Vexo32DirectMaskDIB|VexoColorMask.*|Convert(64to32|32to64|32to128|64to128|"
+    "128to64|128to32)(Fast|Screen|Lock)|Convertfloat3xto64|Vexo(Vertical|Horizontal)(Flip|Mirror).*|"
+    "VexoRotate(90_)?(32|64|128)|VexoScale.*|VexoSkew.*";
 
 template <class P>
 bool sameMasks(const uint8_t* a, const uint8_t* b, size_t bytes) {

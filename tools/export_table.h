@@ -29,14 +29,35 @@ enum class Platforms { All, Posix };
 
 // How the size parameters describe the pictures: an element count, a signed
 // width x height, the width * 4 * height product formed in 32-bit arithmetic,
-// or no size at all.
-enum class SizeRule { None, Count, Picture, Wrapped };
+// a width x height picture turned in place (it comes back height x width), or
+// no size at all.
+enum class SizeRule { None, Count, Picture, Wrapped, Turned };
+
+// What a pointer parameter holds: a picture of 4-element pixels, a buffer
+// of `elements` samples a pixel (3-channel rows, RGBE), a fixed number of
+// elements (a histogram, one statistic), or something the table cannot size.
+enum class Kind : uint8_t { None, Picture, Samples, Fixed, Unknown };
+// Whether the export reads it, writes it (maybe reading it first) or only
+// uses it as scratch; for file names, whether it reads or writes the file.
+enum class Use : uint8_t { None, In, Out, Scratch };
+// Element order of a picture or sample buffer.
+enum class Order : uint8_t { None, Bgra, Rgb, Bgr, Rgbe };
+
+struct Shape {
+  Kind kind;
+  Use use;
+  Order order;
+  uint16_t elements;  // per pixel (Picture, Samples) or in all (Fixed)
+  int8_t width;       // index of the size parameters: width and height,
+  int8_t height;      // or the element count in `width` and -1; else -1
+};
 
 struct Param {
   const char* name;
   Type type;
   Role role;
   bool isConst;  // a pointer the export only reads
+  Shape shape;
 };
 
 // One argument value: integers and pointers travel in `i`/`p`, floating-point
@@ -88,7 +109,8 @@ struct Export {
   Platforms platforms;
   SizeRule size;
   const char* header;
-  const char* help;  // the header comment above the declaration
+  const char* family;  // the name without its layout (VexoGamma for VexoGamma32), or ""
+  const char* help;    // the header comment above the declaration
   Param params[kMaxParams];
   Result (*call)(const Arg* args);
 

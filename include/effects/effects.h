@@ -70,5 +70,7 @@ EFFECTS_EXTERN_C_END
 #include "effects/filters.h"
 #include "effects/stylize.h"
 #include "effects/geometry.h"
+#include "effects/maskcomposite.h"
+#include "effects/devicecontext.h"
 
 #endif

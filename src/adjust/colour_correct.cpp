@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "core/crmath.h"
 #include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
@@ -84,7 +85,7 @@ void autoColourCorrection(int32_t width, int32_t height, Pixel32* px) {
     const double max = s.max;
     for (size_t i = 0; i < n; ++i) {
       const double x = source[i].*element;
-      const double y = -(ratio + std::sin(x / max * pi / 180.0)) * x / max;
+      const double y = -(ratio + crmath::sin(x / max * pi / 180.0)) * x / max;
       px[i].*element = roundLowByte(255.0 * (1.0 - std::exp2(y * log2e)));
     }
   };

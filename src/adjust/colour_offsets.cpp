@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "adjust/colour.h"
+#include "core/crmath.h"
 #include "core/element_map.h"
 #include "core/fpenv.h"
 #include "core/layout.h"
@@ -54,7 +55,7 @@ struct SineOffset {
   double amount;
   typename L::Element operator()(typename L::Element c) const {
     const double v = c;
-    return truncClamp<L>(v + std::sin(v * L::unit) * amount);
+    return truncClamp<L>(v + crmath::sin(v * L::unit) * amount);
   }
 };
 
@@ -68,7 +69,7 @@ void sineOffsets(int32_t width, int32_t height, typename L::Pixel* px, int32_t r
     const double ar = redAmount * k255, ag = greenAmount * k255, ab = blueAmount * k255;
     auto shift = [](float c, double a) {
       const double v = c;
-      return static_cast<float>(v + std::sin(v) * a);
+      return static_cast<float>(v + crmath::sin(v) * a);
     };
     forEachPixel(pic, [=](P& p) {
       p.red = shift(p.red, ar);

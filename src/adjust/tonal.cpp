@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "adjust/tonal.h"
+#include "core/crmath.h"
 #include "core/element_map.h"
 #include "core/fpenv.h"
 #include "core/pow.h"
@@ -84,12 +85,12 @@ void exposure(uint32_t w, uint32_t h, typename L::Pixel* px, uint8_t mode, int32
   if constexpr (!L::integer) {
     if (mode > 1) return;
     const double f = a * k255;
-    const double offset = mode == 0 ? std::sin(f) * f : std::cos(f) * f;
+    const double offset = mode == 0 ? crmath::sin(f) * f : crmath::cos(f) * f;
     mapColours<L>(w, h, px, [offset](float c) { return static_cast<float>(c + offset); });
   } else {
     const double x = a * L::unit;
-    const float offset = mode == 0   ? static_cast<float>(std::sin(x) * a)
-                         : mode == 1 ? static_cast<float>(std::cos(x) * a)
+    const float offset = mode == 0   ? static_cast<float>(crmath::sin(x) * a)
+                         : mode == 1 ? static_cast<float>(crmath::cos(x) * a)
                                      : 0.0f;
     mapColours<L>(w, h, px, Exposure<L>{offset});
   }

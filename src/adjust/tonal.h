@@ -7,7 +7,9 @@
 
 #include <cmath>
 #include <cstdint>
+#include <type_traits>
 
+#include "core/crmath.h"
 #include "core/layout.h"
 #include "core/numeric.h"
 #include "core/picture.h"
@@ -53,7 +55,9 @@ class SineFactor {
 
  private:
   T compute(int32_t q) const {
-    return std::sin(static_cast<T>(q) * static_cast<T>(kPi) * static_cast<T>(kOneOver180)) + amount_ + 1;
+    const T x = static_cast<T>(q) * static_cast<T>(kPi) * static_cast<T>(kOneOver180);
+    if constexpr (std::is_same_v<T, double>) return crmath::sin(x) + amount_ + 1;
+    else return std::sin(x) + amount_ + 1;
   }
   T amount_;
   T at0_, at1_;

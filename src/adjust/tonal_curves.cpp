@@ -2,8 +2,10 @@
 // levels (input points, gamma, curve, output points), the equalizer that
 // keeps each pixel's dominant colour, and the whole-factor dodge.
 #include <cmath>
+#include <type_traits>
 
 #include "adjust/tonal.h"
+#include "core/crmath.h"
 #include "core/element_map.h"
 #include "core/fpenv.h"
 #include "core/pow.h"
@@ -34,7 +36,7 @@ void adjustSine(uint32_t width, uint32_t height, typename L::Pixel* px, float am
     const double a = amount;
     auto curve = [a](float c, float max) {
       const double x = static_cast<double>(c) / max;
-      return static_cast<float>(c * (std::sin(x * kPi * kOneOver180) + a + 1));
+      return static_cast<float>(c * (crmath::sin(x * kPi * kOneOver180) + a + 1));
     };
     forEachPixel(pic, [&](Pixel128& p) {
       if (ch.blue) p.blue = curve(p.blue, maxBlue);
@@ -127,7 +129,7 @@ void adjustLevels128(int32_t n, Pixel128* px, const LevelPoints (&pt)[3], float 
       float& c = element(p, i);
       if (chosen(ch, i)) {
         const double x = static_cast<double>(c) / max[i];
-        c = static_cast<float>(c * (std::sin(x * kPi / 180) + a + 1));
+        c = static_cast<float>(c * (crmath::sin(x * kPi / 180) + a + 1));
       }
       if (c > newMax[i]) newMax[i] = c;
     }

@@ -1,18 +1,25 @@
-// The in-memory stand-in for GDI, used everywhere but Windows. A device
-// context and a bitmap are the host-owned EffectsDeviceContext and
-// EffectsBitmap of include/effects/surface.h (32-bit pixels, top row first).
-// Each call follows the rules of its GDI namesake for the cases the library
-// uses: 24- and 32-bit BI_RGB pictures, rows padded to 4 bytes, bottom-up rows
-// for a positive height, start scan and scan count, clipping to the bitmap.
-#if !defined(_WIN32)
+// The in-memory stand-in for GDI, the platform's GDI everywhere but Windows
+// (where the tests run it beside the real one). A device context and a bitmap
+// are the host-owned EffectsDeviceContext and EffectsBitmap of
+// include/effects/surface.h (32-bit pixels, top row first). Each call follows
+// the rules of its GDI namesake for the cases the library uses: 24- and
+// 32-bit BI_RGB pictures, rows padded to 4 bytes, bottom-up rows for a
+// positive height, start scan and scan count, clipping to the bitmap; memory
+// device contexts with a 1 x 1 default bitmap, black compatible bitmaps,
+// block transfers of whole pixels.
+#define EFFECTS_MEMORY_SURFACES 1
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <new>
+#include <utility>
 
 #include "effects/surface.h"
 #include "platform/gdi.h"
 
-namespace effects::platform {
+namespace effects::platform::memory {
 namespace {
 
 EffectsBitmap* bitmapOf(Bitmap b) {
@@ -63,6 +70,14 @@ struct ScanMap {
   }
 };
 
+// A memory device context: GDI gives a new one a 1 x 1 bitmap of its own,
+// which is what selecting another bitmap into it first hands back.
+struct MemoryDC {
+  EffectsDeviceContext dc;
+  EffectsBitmap stock;
+  uint8_t stockBits[4];
+};
+
 }  // namespace
 
 int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t lines, void* bits,
@@ -81,7 +96,7 @@ int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
     header->biSizeImage = dibStride(bm->width, 32) * static_cast<uint32_t>(bm->height);
     header->biXPelsPerMeter = header->biYPelsPerMeter = 0;
     header->biClrUsed = header->biClrImportant = 0;
-    return 1;
+    return bm->height;  // as GDI: the bitmap's scan lines
   }
   if (!usableFormat(header) || header->biPlanes == 0) return 0;
   const uint32_t bitCount = header->biBitCount;
@@ -96,6 +111,9 @@ int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
   } else if (height - map.lines - start < 0) {
     map.lines = height - start;
   }
+  // top-down, a block of scans that starts below the bitmap's last row plus
+  // one is left alone (one starting right below it reads as blank rows)
+  if (map.topDown && height - map.lines - start > bm->height) return 0;
   const int64_t columns = std::min<int64_t>(header->biWidth, bm->width);
   auto* out = static_cast<uint8_t*>(bits);
   int32_t copied = 0;
@@ -211,6 +229,103 @@ bool setPixelV(DeviceContext dc, int32_t x, int32_t y, uint32_t colour) {
   return true;
 }
 
-}  // namespace effects::platform
+DeviceContext createCompatibleDC(DeviceContext) {
+  auto* m = new (std::nothrow) MemoryDC{};
+  if (!m) return nullptr;
+  m->stock = EffectsBitmap{1, 1, m->stockBits};
+  m->dc.bitmap = &m->stock;
+  return &m->dc;
+}
 
+Bitmap createCompatibleBitmap(DeviceContext, int32_t width, int32_t height) {
+  if (width < 1 || height < 1) return nullptr;
+  const size_t w = static_cast<size_t>(width), h = static_cast<size_t>(height);
+  if (w > (SIZE_MAX - sizeof(EffectsBitmap)) / 4u / h) return nullptr;
+  // the description and its pixels in one block, the pixels black
+  auto* block = static_cast<unsigned char*>(std::calloc(1, sizeof(EffectsBitmap) + w * h * 4u));
+  if (!block) return nullptr;
+  return new (block) EffectsBitmap{width, height, block + sizeof(EffectsBitmap)};
+}
+
+Bitmap selectBitmap(DeviceContext dc, Bitmap bitmap) {
+  if (!dc || !bitmap) return nullptr;
+  auto* d = static_cast<EffectsDeviceContext*>(dc);
+  EffectsBitmap* previous = d->bitmap;
+  d->bitmap = static_cast<EffectsBitmap*>(bitmap);
+  return previous;
+}
+
+bool bitBlt(DeviceContext dest, int32_t x, int32_t y, int32_t width, int32_t height, DeviceContext source,
+            int32_t xSrc, int32_t ySrc) {
+  EffectsBitmap* to = selectedBitmap(dest);
+  EffectsBitmap* from = selectedBitmap(source);
+  if (!to || !from) return false;
+  // The steps i (columns) and j (rows) of the rectangle that land on both
+  // bitmaps.
+  auto range = [](int64_t at, int64_t atSrc, int64_t size, int64_t toSize, int64_t fromSize) {
+    const int64_t first = std::max<int64_t>({0, -at, -atSrc});
+    const int64_t last = std::min<int64_t>({size, toSize - at, fromSize - atSrc});
+    return std::pair<int64_t, int64_t>{first, last};
+  };
+  const auto [i0, i1] = range(x, xSrc, width, to->width, from->width);
+  const auto [j0, j1] = range(y, ySrc, height, to->height, from->height);
+  if (i0 >= i1 || j0 >= j1) return true;
+  const size_t bytes = static_cast<size_t>(i1 - i0) * 4u;
+  // Rows in the order that leaves an overlapping source intact (the same
+  // bitmap in both device contexts); memmove takes care of a row's own overlap.
+  const bool upward = to == from && y > ySrc;
+  for (int64_t k = 0; k < j1 - j0; ++k) {
+    const int64_t j = upward ? j1 - 1 - k : j0 + k;
+    std::memmove(pixelAt(*to, x + i0, y + j), pixelAt(*from, xSrc + i0, ySrc + j), bytes);
+  }
+  return true;
+}
+
+bool deleteDC(DeviceContext dc) {
+  if (!dc) return false;
+  delete reinterpret_cast<MemoryDC*>(static_cast<EffectsDeviceContext*>(dc));
+  return true;
+}
+
+bool deleteObject(Bitmap bitmap) {
+  if (!bitmap) return false;
+  auto* bm = static_cast<EffectsBitmap*>(bitmap);
+  bm->~EffectsBitmap();
+  std::free(bm);
+  return true;
+}
+
+}  // namespace effects::platform::memory
+
+#if !defined(_WIN32)
+namespace effects::platform {
+
+int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t lines, void* bits,
+                  BitmapHeader* header, uint32_t usage) {
+  return memory::getDIBits(dc, bitmap, start, lines, bits, header, usage);
+}
+int32_t setDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t lines, const void* bits,
+                  const BitmapHeader* header, uint32_t usage) {
+  return memory::setDIBits(dc, bitmap, start, lines, bits, header, usage);
+}
+int32_t setDIBitsToDevice(DeviceContext dc, int32_t x, int32_t y, uint32_t width, uint32_t height,
+                          int32_t xSrc, int32_t ySrc, uint32_t start, uint32_t lines,
+                          const void* bits, const BitmapHeader* header, uint32_t usage) {
+  return memory::setDIBitsToDevice(dc, x, y, width, height, xSrc, ySrc, start, lines, bits, header, usage);
+}
+uint32_t getPixel(DeviceContext dc, int32_t x, int32_t y) { return memory::getPixel(dc, x, y); }
+bool setPixelV(DeviceContext dc, int32_t x, int32_t y, uint32_t colour) { return memory::setPixelV(dc, x, y, colour); }
+DeviceContext createCompatibleDC(DeviceContext dc) { return memory::createCompatibleDC(dc); }
+Bitmap createCompatibleBitmap(DeviceContext dc, int32_t width, int32_t height) {
+  return memory::createCompatibleBitmap(dc, width, height);
+}
+Bitmap selectBitmap(DeviceContext dc, Bitmap bitmap) { return memory::selectBitmap(dc, bitmap); }
+bool bitBlt(DeviceContext dest, int32_t x, int32_t y, int32_t width, int32_t height, DeviceContext source,
+            int32_t xSrc, int32_t ySrc) {
+  return memory::bitBlt(dest, x, y, width, height, source, xSrc, ySrc);
+}
+bool deleteDC(DeviceContext dc) { return memory::deleteDC(dc); }
+bool deleteObject(Bitmap bitmap) { return memory::deleteObject(bitmap); }
+
+}  // namespace effects::platform
 #endif

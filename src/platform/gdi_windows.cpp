@@ -65,6 +65,26 @@ bool setPixelV(DeviceContext dc, int32_t x, int32_t y, uint32_t colour) {
   return SetPixelV(static_cast<HDC>(dc), x, y, colour) != 0;
 }
 
+DeviceContext createCompatibleDC(DeviceContext dc) { return CreateCompatibleDC(static_cast<HDC>(dc)); }
+
+Bitmap createCompatibleBitmap(DeviceContext dc, int32_t width, int32_t height) {
+  if (width < 1 || height < 1) return nullptr;
+  return CreateCompatibleBitmap(static_cast<HDC>(dc), width, height);
+}
+
+Bitmap selectBitmap(DeviceContext dc, Bitmap bitmap) {
+  return SelectObject(static_cast<HDC>(dc), static_cast<HBITMAP>(bitmap));
+}
+
+bool bitBlt(DeviceContext dest, int32_t x, int32_t y, int32_t width, int32_t height, DeviceContext source,
+            int32_t xSrc, int32_t ySrc) {
+  return BitBlt(static_cast<HDC>(dest), x, y, width, height, static_cast<HDC>(source), xSrc, ySrc, SRCCOPY) != 0;
+}
+
+bool deleteDC(DeviceContext dc) { return DeleteDC(static_cast<HDC>(dc)) != 0; }
+
+bool deleteObject(Bitmap bitmap) { return DeleteObject(static_cast<HBITMAP>(bitmap)) != 0; }
+
 }  // namespace effects::platform
 
 #endif

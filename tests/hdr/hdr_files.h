@@ -9,22 +9,14 @@
 #include <string>
 #include <vector>
 
+#include "support/files.h"
+
 namespace effects::test {
 
 inline std::string scratchPath(const std::string& name) {
   return (std::filesystem::temp_directory_path() / ("effects_hdr_" + name)).string();
 }
 
-inline std::vector<uint8_t> fileBytes(const std::string& path) {
-  std::vector<uint8_t> out;
-  if (std::FILE* f = std::fopen(path.c_str(), "rb")) {
-    uint8_t buf[4096];
-    size_t got;
-    while ((got = std::fread(buf, 1, sizeof buf, f)) > 0) out.insert(out.end(), buf, buf + got);
-    std::fclose(f);
-  }
-  return out;
-}
 
 inline std::vector<uint8_t> bytesOf(const std::string& s) { return {s.begin(), s.end()}; }
 

@@ -80,8 +80,13 @@ TEST(GdiDIBits, FormatQueryReadsAndWrites) {
     for (int32_t x = 0; x < 5; ++x) s.set(x, y, 0x7F000000u | (uint32_t(y) << 8) | uint32_t(x));
   BitmapHeader q{};
   q.biSize = 40;
-  EXPECT_NE(getDIBits(s.dc(), s.bitmap(), 0, 0, nullptr, &q, kRgbColours), 0);
+  EXPECT_EQ(getDIBits(s.dc(), s.bitmap(), 0, 0, nullptr, &q, kRgbColours), 4);  // the scan lines
   EXPECT_TRUE(q.biWidth == 5 && q.biHeight == 4 && q.biBitCount == 32 && q.biPlanes == 1);
+  // no bitmap, or no device context: nothing to describe
+  BitmapHeader none{};
+  none.biSize = 40;
+  EXPECT_EQ(getDIBits(s.dc(), nullptr, 0, 0, nullptr, &none, kRgbColours), 0);
+  EXPECT_EQ(getDIBits(nullptr, s.bitmap(), 0, 0, nullptr, &none, kRgbColours), 0);
   // no rows wanted, a bit count given: only the description is completed
   BitmapHeader h = header(5, 4, 24);
   EXPECT_NE(getDIBits(s.dc(), s.bitmap(), 0, 4, nullptr, &h, kRgbColours), 0);
@@ -132,4 +137,34 @@ TEST(GdiPixels, ReadAndWriteSinglePixels) {
   EXPECT_TRUE(s.untouchedOutside(1, 0, 2, 1));
   EXPECT_EQ(getPixel(nullptr, 0, 0), kInvalidColour);
   EXPECT_FALSE(setPixelV(nullptr, 0, 0, 0));
+}
+
+// The rotation entry point's round trip: a memory device context, a black
+// compatible bitmap selected into it, whole pixels (fourth byte included)
+// copied in and out with clipping to both bitmaps, and everything released.
+TEST(GdiMemoryDC, CompatibleBitmapSelectBlitAndRelease) {
+  TestSurface s(5, 4, kFill);
+  for (int32_t y = 0; y < 4; ++y)
+    for (int32_t x = 0; x < 5; ++x) s.set(x, y, 0x7F000000u | (uint32_t(y) << 8) | uint32_t(x));
+  void* mem = createCompatibleDC(s.dc());
+  void* bm = createCompatibleBitmap(s.dc(), 3, 2);
+  ASSERT_TRUE(mem && bm);
+  void* stock = selectBitmap(mem, bm);
+  EXPECT_NE(stock, nullptr);
+  EXPECT_TRUE(getPixel(mem, 2, 1) == 0 && getPixel(mem, 3, 0) == kInvalidColour);
+
+  EXPECT_TRUE(bitBlt(mem, 0, 0, 3, 2, s.dc(), 1, 1));
+  EXPECT_EQ(getPixel(mem, 2, 1), 0x030200u);  // surface pixel (3, 2) as 0x00BBGGRR
+  // back onto the surface at (3, 2): clipped at the right edge
+  EXPECT_TRUE(bitBlt(s.dc(), 3, 2, 3, 2, mem, 0, 0));
+  EXPECT_TRUE(s.at(3, 2) == 0x7F000101u && s.at(4, 3) == 0x7F000202u && s.at(2, 2) == 0x7F000202u);
+  // a source rectangle partly outside its bitmap: only the part inside lands
+  EXPECT_TRUE(bitBlt(s.dc(), 0, 0, 2, 2, mem, 2, -1));
+  EXPECT_TRUE(s.at(0, 1) == 0x7F000103u && s.at(1, 1) == 0x7F000101u && s.at(0, 0) == 0x7F000000u);
+
+  EXPECT_EQ(selectBitmap(mem, stock), bm);
+  EXPECT_TRUE(deleteObject(bm));
+  EXPECT_TRUE(deleteDC(mem));
+  EXPECT_EQ(createCompatibleBitmap(s.dc(), 0, 3), nullptr);
+  EXPECT_EQ(createCompatibleBitmap(s.dc(), 3, -1), nullptr);
 }

@@ -14,6 +14,13 @@
 //                                           i32, f32) passed as a pointer value
 //   stream=@data:rgbe/x.hdr                 a stream positioned after the header
 //   hdc=@surface:40x30                      a device context with a bitmap
+//                                           (on Windows a 32-bit DIB section)
+//   hdc=@surface:40x30/3                    3 greys only, evenly spaced: blue,
+//                                           green, red 0, 127 or 254 (/2: 0, 255)
+//   hdc=@ddb:40x30                          the same with a bitmap of the
+//                                           screen's format (on Windows)
+//   bitmap=@hdc                             the bitmap of the surface made for
+//                                           hdc (or its device context)
 // Buffer sizes follow the export's size parameters; `name.count=N` sets a
 // buffer's element count. `fill=wide` fills 16-bit buffers over the whole
 // 16-bit range and float buffers with extreme and special values as well;
@@ -41,6 +48,7 @@
 
 #include "effects/effects.h"
 #include "platform/test_surface.h"
+#include "support/files.h"
 #include "support/guarded.h"
 #include "support/random_draws.h"
 #include "export_table.h"
@@ -165,16 +173,6 @@ inline size_t perPixel(const std::string& name, size_t* fixed) {
 
 inline std::string dataPath(const std::string& rel) { return std::string(EFFECTS_TEST_DATA_DIR) + "/" + rel; }
 
-inline std::vector<uint8_t> readFile(const std::string& path) {
-  std::vector<uint8_t> out;
-  if (std::FILE* f = std::fopen(path.c_str(), "rb")) {
-    uint8_t buf[4096];
-    size_t got;
-    while ((got = std::fread(buf, 1, sizeof buf, f)) > 0) out.insert(out.end(), buf, buf + got);
-    std::fclose(f);
-  }
-  return out;
-}
 
 // One prepared call: the arguments and everything they point to.
 class PreparedCall {
@@ -229,7 +227,7 @@ class PreparedCall {
     if (r.kind == Result::Integer) mix(&r.i, 8);
     if (r.kind == Result::Real) mix(&r.d, 8);
     for (const auto& b : buffers_) mix(b->data(), b->size());
-    for (const auto& f : outputs_) { const auto bytes = readFile(f); mix(bytes.data(), bytes.size()); }
+    for (const auto& f : outputs_) { const auto bytes = fileBytes(f); mix(bytes.data(), bytes.size()); }
     for (const auto& s : surfaces_) {
       for (int32_t y = 0; y < s.height; ++y)
         for (int32_t x = 0; x < s.width; ++x) { const uint32_t v = s.surface->at(x, y); mix(&v, 4); }
@@ -277,6 +275,10 @@ class PreparedCall {
       case table::SizeRule::Wrapped: return wrappedPixels() == 0;
       case table::SizeRule::None: return false;
       default:
+        // The exports on (device context, bitmap) pairs take their picture
+        // from the bitmap; a width and height there only place what is shown.
+        for (int i = 0; i < export_.paramCount(); ++i)
+          if (export_.params[i].role == Role::Bitmap) return false;
         for (const auto& b : buffers_)
           if (b->element == Type::Pixel32Ptr || b->element == Type::Pixel64Ptr || b->element == Type::Pixel128Ptr)
             if (pixelsOf(b->name) != 0) return false;
@@ -358,7 +360,7 @@ class PreparedCall {
       }
       case Type::StreamPtr: {
         if (value.rfind("@data:", 0) != 0) throw std::runtime_error("stream wants @data:file");
-        const auto file = readFile(dataPath(value.substr(6)));
+        const auto file = fileBytes(dataPath(value.substr(6)));
         auto b = std::make_unique<Buffer>();
         b->name = name;
         b->element = Type::U8;
@@ -374,14 +376,33 @@ class PreparedCall {
         return;
       }
       case Type::Handle: {
-        if (value.rfind("@surface:", 0) != 0) { a.p = nullptr; return; }
-        const auto x = value.find('x', 9);
+        // @name: the surface made for parameter `name` (a device context and
+        // its bitmap are paired so)
+        for (const auto& made : surfaces_) {
+          if (value == "@" + made.name) {
+            a.p = p.role == Role::Bitmap ? made.surface->bitmap() : made.surface->dc();
+            return;
+          }
+        }
+        const bool ddb = value.rfind("@ddb:", 0) == 0;
+        if (value.rfind("@surface:", 0) != 0 && !ddb) { a.p = nullptr; return; }
+        const size_t at = ddb ? 5 : 9;
+        const auto x = value.find('x', at);
+        const auto slash = value.find('/', x);
         Surface s;
-        s.width = std::stoi(value.substr(9, x - 9));
-        s.height = std::stoi(value.substr(x + 1));
-        s.surface = std::make_unique<TestSurface>(s.width, s.height, 0x10203040u);
-        for (int32_t yy = 0; yy < s.height; ++yy)
-          for (int32_t xx = 0; xx < s.width; ++xx) s.surface->set(xx, yy, f.next() | (f.next() << 24));
+        s.name = name;
+        s.width = std::stoi(value.substr(at, x - at));
+        s.height = std::stoi(value.substr(x + 1, slash == std::string::npos ? std::string::npos : slash - x - 1));
+        const uint32_t levels = slash == std::string::npos ? 0u : static_cast<uint32_t>(std::stoul(value.substr(slash + 1)));
+        s.surface = std::make_unique<TestSurface>(s.width, s.height, 0x10203040u,
+                                                  ddb ? TestSurface::Kind::DeviceDependent : TestSurface::Kind::Section);
+        std::vector<uint32_t> pixels(static_cast<size_t>(s.width) * static_cast<size_t>(s.height));
+        for (uint32_t& v : pixels) {
+          v = f.next();
+          if (levels) v = (v % levels) * (levels > 1 ? 255u / (levels - 1u) : 0u) * 0x010101u;
+          v |= f.next() << 24;
+        }
+        s.surface->setAll(pixels.data());
         a.p = p.role == Role::Bitmap ? s.surface->bitmap() : s.surface->dc();
         surfaces_.push_back(std::move(s));
         return;
@@ -404,6 +425,7 @@ class PreparedCall {
   }
 
   struct Surface {
+    std::string name;
     int32_t width = 0, height = 0;
     std::unique_ptr<TestSurface> surface;
   };

@@ -1,0 +1,158 @@
+// The adjustment entry points on device-context bitmaps: each reads the
+// bitmap as 24-bit rows, changes them and writes them back. Where the
+// arithmetic is the 32-bit buffer export's, the rows go through that very
+// export; the rest (the table gamma, whole stops, the signed colour mixes,
+// the six-level palette and the edge-only smoothing) is this family's own.
+#include <cmath>
+#include <cstdint>
+
+#include "core/layout.h"
+#include "core/numeric.h"
+#include "core/picture.h"
+#include "devicecontext/frame.h"
+#include "core/dispatch.h"
+#include "effects/effects.h"
+
+namespace effects {
+namespace {
+
+using devicecontext::adjustBitmap;
+using devicecontext::adjustRowsAs32;
+using platform::Bitmap;
+using platform::DeviceContext;
+
+// In place: the bitmap is read and written back to itself.
+template <class F>
+int32_t inPlace(DeviceContext dc, Bitmap bm, F&& change) {
+  return adjustBitmap(dc, bm, dc, bm, [&](const Picture<Pixel24>& pic) {
+    forEachPixel(pic, change);
+    return true;
+  });
+}
+
+// ------------------------------------------------------------------ gamma
+
+// Replaces each channel through its own table.
+void applyTables(const Picture<Pixel24>& pic, const uint8_t* red, const uint8_t* green, const uint8_t* blue) {
+  forEachPixel(pic, [=](Pixel24& p) {
+    p.red = red[p.red];
+    p.green = green[p.green];
+    p.blue = blue[p.blue];
+  });
+}
+
+int32_t gammaTable(DeviceContext dc, Bitmap bm, float gamma) {
+  float g = gamma;
+  if (g < 0) g = 0;
+  if (g > 10) g = 10;
+  const double e = 1.0f / g;  // a float quotient; gamma 0 gives infinity
+  uint8_t table[256];
+  for (int32_t i = 0; i < 256; ++i) {
+    // truncated, not rounded; the low byte of the truncation is stored
+    table[i] = static_cast<uint8_t>(static_cast<uint32_t>(truncToInt32(std::pow(i * k255, e) * 255)));
+  }
+  return adjustBitmap(dc, bm, dc, bm, [&table](const Picture<Pixel24>& pic) {
+    applyTables(pic, table, table, table);
+    return true;
+  });
+}
+
+// ----------------------------------------------------------- colour filter
+
+// Two bytes read as signed 8-bit values, added, halved toward zero; the low
+// byte is kept (so bytes of 128 and above mix as negative numbers).
+inline uint8_t signedMix(uint8_t a, uint8_t b) {
+  return static_cast<uint8_t>((static_cast<int8_t>(a) + static_cast<int8_t>(b)) / 2);
+}
+
+int32_t colourFilter(DeviceContext dcOut, Bitmap bmOut, DeviceContext dcIn, Bitmap bmIn, int32_t filter) {
+  if (filter < 4 || filter > 6) {
+    return adjustRowsAs32(dcOut, bmOut, dcIn, bmIn,
+                          [filter](Pixel32* row, int32_t n) { VexoColorFilter32(n * 4, row, filter); });
+  }
+  return adjustBitmap(dcOut, bmOut, dcIn, bmIn, [filter](const Picture<Pixel24>& pic) {
+    withValue<4, 6>(filter, [&](auto which) {
+      forEachPixel(pic, [](Pixel24& p) {
+        const uint8_t b = p.blue, g = p.green, r = p.red;
+        if constexpr (decltype(which)::value == 4) {
+          p.blue = 0; p.green = p.red = signedMix(g, r);
+        } else if constexpr (decltype(which)::value == 5) {
+          p.green = 0; p.blue = p.red = signedMix(r, b);
+        } else {
+          p.red = 0; p.blue = p.green = signedMix(g, b);
+        }
+      });
+    });
+    return true;
+  });
+}
+
+// ------------------------------------------------------------- f-stops
+
+int32_t fstop(DeviceContext dc, Bitmap bm, double stops) {
+  const double factor = std::pow(2.0, stops);
+  return inPlace(dc, bm, [factor](Pixel24& p) {
+    p.blue = truncClamp<Layout24>(p.blue * factor);
+    p.green = truncClamp<Layout24>(p.green * factor);
+    p.red = truncClamp<Layout24>(p.red * factor);
+  });
+}
+
+// ------------------------------------------------------------- web palette
+
+// Judged on the value before the change, so all six levels occur.
+inline uint8_t webLevel(uint8_t c) {
+  uint8_t v = c < 26 ? 0 : 51;
+  if (c > 77) v = 102;
+  if (c > 128) v = 153;
+  if (c > 179) v = 204;
+  if (c > 230) v = 255;
+  return v;
+}
+
+// ------------------------------------------------------------- anti-alias
+
+inline int32_t brightness(const Pixel24& p) { return (p.blue + p.green + p.red) / 3; }
+
+void antiAlias(const Picture<Pixel24>& pic) {
+  if (pic.width() < 3 || pic.height() < 3) return;
+  static constexpr int32_t kCells[9][2] = {{-1, -1}, {0, -1}, {1, -1}, {-1, 0}, {0, 0},
+                                           {1, 0},   {-1, 1}, {0, 1}, {1, 1}};
+  const auto cells = Offsets<9>::in(pic, kCells);
+  // In place, in buffer order: the cells of the row before and the cell to
+  // the left already hold their smoothed colours when they are read.
+  forEachInterior(pic, 1, [&cells](Pixel24& p, int32_t, int32_t) {
+    const Pixel24 own = p;
+    const int32_t level = brightness(own);
+    int32_t blue = 0, green = 0, red = 0;
+    for (size_t i = 0; i < 9; ++i) {
+      const Pixel24& cell = neighbour(&p, cells[i]);
+      const int32_t l = brightness(cell);
+      const Pixel24& c = l >= level - 50 && l <= level + 50 ? own : cell;
+      blue += c.blue;
+      green += c.green;
+      red += c.red;
+    }
+    p = Pixel24{static_cast<uint8_t>(blue / 9), static_cast<uint8_t>(green / 9), static_cast<uint8_t>(red / 9)};
+  });
+}
+
+}  // namespace
+}  // namespace effects
+
+using namespace effects;
+
+extern "C" {
+
+EFFECTS_API int32_t EFFECTS_CALL VexoSaturation(void* hdc, void* hbm, int32_t amount) { return adjustRowsAs32(hdc, hbm, hdc, hbm, [amount](Pixel32* row, int32_t n) { VexoSaturation32(n * 4, row, amount); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoHue(void* hdc, void* hbm, int32_t hue) { return adjustRowsAs32(hdc, hbm, hdc, hbm, [hue](Pixel32* row, int32_t n) { VexoHue32(n, 1, row, hue); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoInvert(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t channel) { return adjustRowsAs32(hdcDest, hbmDest, hdcSrc, hbmSrc, [channel](Pixel32* row, int32_t n) { VexoInvert32(n * 4, row, channel); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoGrayScale(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t channel) { return adjustRowsAs32(hdcDest, hbmDest, hdcSrc, hbmSrc, [channel](Pixel32* row, int32_t n) { VexoGrayScale32(n * 4, row, channel); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoRGBChannelFilter(void* hdc, void* hbm, int32_t channel) { return adjustRowsAs32(hdc, hbm, hdc, hbm, [channel](Pixel32* row, int32_t n) { VexoRGBChannelFilter32(n * 4, row, channel); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoColorFilter(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t, int32_t filter, int32_t) { return colourFilter(hdcDest, hbmDest, hdcSrc, hbmSrc, filter); }
+EFFECTS_API int32_t EFFECTS_CALL VexoGamma(void* hdc, void* hbm, float gamma) { return gammaTable(hdc, hbm, gamma); }
+EFFECTS_API int32_t EFFECTS_CALL Vexofstop(void* hdc, void* hbm, double stops) { return fstop(hdc, hbm, stops); }
+EFFECTS_API int32_t EFFECTS_CALL VexoWebColour(void* hdc, void* hbm) { return inPlace(hdc, hbm, [](Pixel24& p) { p.blue = webLevel(p.blue); p.green = webLevel(p.green); p.red = webLevel(p.red); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoAntiAlias(void* hdc, void* hbm) { return adjustBitmap(hdc, hbm, hdc, hbm, [](const Picture<Pixel24>& pic) { antiAlias(pic); return true; }); }
+
+}  // extern "C"

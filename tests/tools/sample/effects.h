@@ -1,0 +1,3 @@
+/* A header set for the generator's tests. */
+#include "effects/sample.h"
+#include "effects/absent.h"
