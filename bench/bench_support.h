@@ -2,7 +2,7 @@
 // the naming that scripts/bench turns into the table of docs/performance.md.
 //
 // Every case is named "<family>/<layout>/<side>" (layout 32, 64 or 128; side
-// the picture's width and height). The yardstick "copy/<layout>/<side>" is a
+// the picture's width and height: 64, 1024 and 4096). The yardstick "copy/<layout>/<side>" is a
 // plain copy of a layer of the same layout and size, measured in the same
 // run; scripts/bench reports each case as a ratio to it. OpenCV's nearest
 // equivalent of a family is registered as "opencv:<family>/<layout>/<side>"
@@ -21,7 +21,9 @@
 
 namespace bench {
 
-inline constexpr int32_t kSides[] = {1024, 4096};
+// 64 x 64 shows what a call costs beside its pixels (the goal there: no
+// slower than the plain forms).
+inline constexpr int32_t kSides[] = {64, 1024, 4096};
 
 // One element from 24 random bits, in the layout's range and never 0 (so no
 // pixel is skipped for a zero mask).
@@ -73,6 +75,29 @@ void registerCase(const std::string& family, int32_t side,
 template <class P>
 void registerCase(const std::string& family, std::function<void(int32_t, std::vector<P>&)> work) {
   for (int32_t side : kSides) registerCase<P>(family, side, work);
+}
+
+// A case whose repeated application would drift into a trivial picture (a
+// threshold, a clamp, a power that runs everything to white): the layer is
+// restored before each call with the timer paused.
+template <class P>
+void registerRestoring(const std::string& family, std::function<void(int32_t side, P* pixels)> work) {
+  for (int32_t side : kSides) {
+    benchmark::RegisterBenchmark(caseName(family, layoutName<P>(), side).c_str(),
+                                 [side, work](benchmark::State& state) {
+                                   const auto original = layer<P>(side);
+                                   auto px = original;
+                                   for (auto _ : state) {
+                                     state.PauseTiming();
+                                     std::memcpy(px.data(), original.data(), px.size() * sizeof(P));
+                                     state.ResumeTiming();
+                                     work(side, px.data());
+                                     benchmark::DoNotOptimize(px.data());
+                                     benchmark::ClobberMemory();
+                                   }
+                                 })
+        ->Unit(benchmark::kMillisecond);
+  }
 }
 
 // Registers a raw case (its own set-up) under the naming convention.

@@ -4,13 +4,15 @@ docs/performance.md: one row per family, layout and side, the median time as
 a ratio to the copy of the same layout and side from the same run, and
 OpenCV's nearest equivalent beside it. Rows of this run replace the rows with
 the same key; the others stay, so a partial run updates only what it
-measured."""
+measured. The times are CPU times of the benchmark thread: on a shared
+machine the wall-clock time also counts the time the thread waited for a
+core."""
 import json
 import re
 import sys
 
 BEGIN, END = "<!-- bench:begin -->", "<!-- bench:end -->"
-HEADER = ["Family", "Layout", "Side", "Time (ms)", "Ratio to copy", "OpenCV equivalent", "OpenCV ratio"]
+HEADER = ["Family", "Layout", "Side", "CPU time (ms)", "Ratio to copy", "OpenCV equivalent", "OpenCV ratio"]
 
 
 def medians(path):
@@ -20,7 +22,7 @@ def medians(path):
         if b.get("run_type") == "aggregate" and b.get("aggregate_name") != "median":
             continue
         name = b.get("run_name", b["name"]).split("/repeats")[0]
-        out[name] = (b["real_time"] * {"ms": 1.0, "us": 1e-3, "ns": 1e-6, "s": 1e3}[b["time_unit"]], b.get("label", ""))
+        out[name] = (b["cpu_time"] * {"ms": 1.0, "us": 1e-3, "ns": 1e-6, "s": 1e3}[b["time_unit"]], b.get("label", ""))
     return out
 
 

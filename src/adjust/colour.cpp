@@ -2,15 +2,21 @@
 // saturation, the hue wheel, colour filters, channel copies and swaps, and the
 // replacement of one colour. One template per family over the three layouts.
 #include <algorithm>
+#include <cstring>
 #include <type_traits>
 
+#include "adjust/colour.h"
+#include "adjust/colour_simd.h"
 #include "core/dispatch.h"
+#include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
 #include "core/picture.h"
 
 namespace effects {
 namespace {
+
+using namespace colour;
 
 // ---------------------------------------------------------------- saturation
 
@@ -24,21 +30,18 @@ void greyToAverage(int32_t n, P* px) {
   });
 }
 
-// 8 bits: s = amount + 255 in 0..767; each element moves away from (or
-// toward) the pixel's integer average. The weights sum to 255 but the result
-// is shifted by 8, so the slight darkening is part of the effect.
+// 8 bits: the vector form over whole vectors, the plain form on the rest.
 void saturation32(int32_t n, Pixel32* px, int32_t amount) {
   const int32_t s = clampTo(amount, -255, 512) + 255;
-  if (n < 1 || s == 255) return;
+  if (n < 1 || s == 255 || px == nullptr) return;
   if (s == 0) return greyToAverage(n, px);
-  const int32_t keep = 255 - s;
-  forEachPixel(n, px, [s, keep](Pixel32& p) {
-    const int32_t avg = (p.blue + p.green + p.red) / 3;
-    auto move = [&](int32_t c) { return static_cast<uint8_t>(clampTo((keep * avg + c * s) >> 8, 0, 255)); };
-    p.blue = move(p.blue);
-    p.green = move(p.green);
-    p.red = move(p.red);
-  });
+  const size_t count = pixelsForCount(n);
+  const Saturate32 plain{s};
+  size_t i = 0;
+#if EFFECTS_WIDE
+  if (cpu::avx2()) i = sse2::saturate32Avx2(px, count, s);
+#endif
+  for (i += sse2::saturate32(px + i, count - i, s); i < count; ++i) plain(px[i]);
 }
 
 // 16 bits: s = amount + 32767 in 0..98301, divided by 32767 in signed 32-bit
@@ -66,6 +69,7 @@ void saturation64(int32_t n, Pixel64* px, int32_t amount) {
 // float member can push saturation much further than the others. A negative
 // factor leaves the picture alone; there is no clamping.
 void saturation128(int32_t n, Pixel128* px, int32_t amount) {
+  const FloatEnvironment env;
   const double f = clampTo(amount, -32767, 65534) * k255 + 1.0;
   if (f == 1.0 || n < 1 || f < 0.0) return;
   if (f == 0.0) {
@@ -87,65 +91,25 @@ void saturation128(int32_t n, Pixel128* px, int32_t amount) {
 
 // ------------------------------------------------------------------ hue wheel
 
-struct HueStep {
-  int32_t sector;  // 0..6
-  int32_t weight;  // 0..255
-};
-
-// Seven sectors of 50. The last two sectors use 5.11 instead of 5.12 so that
-// hue 350 gives a weight of exactly 255 (and the picture back unchanged).
-HueStep hueStep(int32_t hue) {
-  const int32_t h = clampTo(hue, 0, 350);
-  const int32_t sector = std::min(h / 50, 6);
-  const double factor = sector <= 4 ? 5.12 : 5.11;
-  return {sector, truncToInt32((h - 50 * sector) * factor)};
-}
-
-// The sector's rearrangement; every right-hand side reads the elements as
-// they were before the pixel was touched.
-template <int Sector, class P, class Mix>
-inline void rotateHue(P& p, const Mix& mix) {
-  const auto b = p.blue, g = p.green, r = p.red;
-  if constexpr (Sector == 0) {
-    p.green = mix(g, r);
-  } else if constexpr (Sector == 1) {
-    p.green = r; p.red = mix(r, b);
-  } else if constexpr (Sector == 2) {
-    p.blue = mix(b, r); p.green = r; p.red = b;
-  } else if constexpr (Sector == 3) {
-    p.blue = r; p.green = mix(r, b); p.red = b;
-  } else if constexpr (Sector == 4) {
-    p.blue = r; p.green = b; p.red = mix(b, r);
-  } else if constexpr (Sector == 5) {
-    p.blue = mix(r, b); p.green = b; p.red = r;
-  } else {
-    p.green = mix(b, g);
-  }
-}
-
-// 8 bits: weights out of 255, shifted by 8.
+// 8 bits: the vector form over whole vectors, the plain form on the rest.
+// The walk's order does not matter (no pixel reads another).
 void hue32(int32_t width, int32_t height, Pixel32* px, int32_t hue) {
+  const FloatEnvironment env;
   const HueStep step = hueStep(hue);
-  const int32_t w = step.weight;
-  auto mix = [w](int32_t a, int32_t z) -> uint8_t {
-    if (w == 0) return static_cast<uint8_t>(a);
-    if (w == 255) return static_cast<uint8_t>(z);
-    return static_cast<uint8_t>(((255 - w) * a + w * z) >> 8);
-  };
+  const auto pic = packedPicture(width, height, px);
+  const size_t count = pic.pixelCount();
   withValue<0, 6>(step.sector, [&](auto sector) {
-    forEachPixel(packedPicture(width, height, px), [&](Pixel32& p) { rotateHue<decltype(sector)::value>(p, mix); });
+    constexpr int S = decltype(sector)::value;
+    const RotateHue<S, Pixel32, Mix32> plain{Mix32{step.weight}};
+    for (size_t i = sse2::hue32<S>(pic.data(), count, step.weight); i < count; ++i) plain(pic.data()[i]);
   });
 }
 
 // 16 bits: the weight shifted left by 7, out of 32640, divided exactly.
 void hue64(int32_t width, int32_t height, Pixel64* px, int32_t hue) {
+  const FloatEnvironment env;
   const HueStep step = hueStep(hue);
-  const int32_t w = step.weight << 7;
-  auto mix = [w](int32_t a, int32_t z) -> uint16_t {
-    if (w == 0) return static_cast<uint16_t>(a);
-    if (w == 32640) return static_cast<uint16_t>(z);
-    return static_cast<uint16_t>(((32640 - w) * a + w * z) / 32640);
-  };
+  const Mix64 mix{step.weight << 7};
   withValue<0, 6>(step.sector, [&](auto sector) {
     forEachPixel(packedPicture(width, height, px), [&](Pixel64& p) { rotateHue<decltype(sector)::value>(p, mix); });
   });
@@ -153,18 +117,57 @@ void hue64(int32_t width, int32_t height, Pixel64* px, int32_t hue) {
 
 // Float: the 8-bit weights, divided by 255 (not 256) in single precision.
 void hue128(int32_t width, int32_t height, Pixel128* px, int32_t hue) {
+  const FloatEnvironment env;
   const HueStep step = hueStep(hue);
-  const int32_t w = step.weight;
-  const float wa = static_cast<float>(255 - w), wz = static_cast<float>(w);
-  auto mix = [w, wa, wz](float a, float z) -> float {
-    if (w == 0) return a;
-    if (w == 255) return z;
-    return (wa * a + wz * z) * 0.003921569f;
-  };
+  const Mix128 mix{step.weight};
   withValue<0, 6>(step.sector, [&](auto sector) {
     forEachPixel(packedPicture(width, height, px), [&](Pixel128& p) { rotateHue<decltype(sector)::value>(p, mix); });
   });
 }
+
+// ------------------------------------- 8-bit rearrangements as word operations
+
+template <int F>
+struct FilterWords {
+  template <class W>
+  W operator()(W v) const {
+    if constexpr (F == 1) return v & 0xFFFF0000u;
+    else if constexpr (F == 2) return v & 0xFF00FF00u;
+    else if constexpr (F == 3) return v & 0xFF0000FFu;
+    else if constexpr (F == 4) {
+      const W half = (byteAt(v, 8) + byteAt(v, 16)) >> 1;
+      return (v & 0xFF000000u) | (half << 8) | (half << 16);
+    } else if constexpr (F == 5) {
+      const W half = (byteAt(v, 16) + byteAt(v, 0)) >> 1;
+      return (v & 0xFF000000u) | half | (half << 16);
+    } else {
+      const W half = (byteAt(v, 8) + byteAt(v, 0)) >> 1;
+      return (v & 0xFF000000u) | half | (half << 8);
+    }
+  }
+};
+
+template <int C>
+struct CopyWords {
+  template <class W>
+  W operator()(W v) const {
+    if constexpr (C == 2) return (v & 0xFFFF0000u) | byteAt(v, 16) | (byteAt(v, 16) << 8);
+    else if constexpr (C == 3) return (v & 0xFF00FF00u) | byteAt(v, 8) | (byteAt(v, 8) << 16);
+    else return (v & 0xFF0000FFu) | (byteAt(v, 0) << 8) | (byteAt(v, 0) << 16);
+  }
+};
+
+template <int O>
+struct SwapWords {
+  template <class W>
+  W operator()(W v) const {
+    if constexpr (O == 1) return (v & 0xFF00FF00u) | byteAt(v, 16) | (byteAt(v, 0) << 16);
+    else if constexpr (O == 2) return (v & 0xFF0000FFu) | (byteAt(v, 16) << 8) | (byteAt(v, 8) << 16);
+    else if constexpr (O == 3) return (v & 0xFFFF0000u) | byteAt(v, 8) | (byteAt(v, 0) << 8);
+    else if constexpr (O == 4) return (v & 0xFF000000u) | byteAt(v, 8) | (byteAt(v, 16) << 8) | (byteAt(v, 0) << 16);
+    else return (v & 0xFF000000u) | byteAt(v, 16) | (byteAt(v, 0) << 8) | (byteAt(v, 8) << 16);
+  }
+};
 
 // -------------------------------------------------------------- colour filter
 
@@ -183,24 +186,29 @@ template <class L>
 void colourFilter(int32_t n, typename L::Pixel* px, int32_t filter) {
   using P = typename L::Pixel;
   using E = typename L::Element;
+  const FloatEnvironment env;
   withValue<1, 6>(filter, [&](auto which) {
     constexpr int F = decltype(which)::value;
-    forEachPixel(n, px, [](P& p) {
-      const E b = p.blue, g = p.green, r = p.red;
-      if constexpr (F == 1) {
-        p.blue = 0; p.green = 0;
-      } else if constexpr (F == 2) {
-        p.blue = 0; p.red = 0;
-      } else if constexpr (F == 3) {
-        p.green = 0; p.red = 0;
-      } else if constexpr (F == 4) {
-        p.blue = 0; p.green = p.red = pairOf<L>(g, r);
-      } else if constexpr (F == 5) {
-        p.green = 0; p.blue = p.red = pairOf<L>(r, b);
-      } else {
-        p.red = 0; p.blue = p.green = pairOf<L>(g, b);
-      }
-    });
+    if constexpr (std::is_same_v<L, Layout32>) {
+      wordWalk(n, px, FilterWords<F>{});
+    } else {
+      forEachPixel(n, px, [](P& p) {
+        const E b = p.blue, g = p.green, r = p.red;
+        if constexpr (F == 1) {
+          p.blue = 0; p.green = 0;
+        } else if constexpr (F == 2) {
+          p.blue = 0; p.red = 0;
+        } else if constexpr (F == 3) {
+          p.green = 0; p.red = 0;
+        } else if constexpr (F == 4) {
+          p.blue = 0; p.green = p.red = pairOf<L>(g, r);
+        } else if constexpr (F == 5) {
+          p.green = 0; p.blue = p.red = pairOf<L>(r, b);
+        } else {
+          p.red = 0; p.blue = p.green = pairOf<L>(g, b);
+        }
+      });
+    }
   });
 }
 
@@ -211,15 +219,19 @@ void channelCopy(int32_t n, typename L::Pixel* px, int32_t channel) {
   using P = typename L::Pixel;
   withValue<2, 4>(channel, [&](auto which) {
     constexpr int C = decltype(which)::value;
-    forEachPixel(n, px, [](P& p) {
-      if constexpr (C == 2) {
-        p.blue = p.green = p.red;
-      } else if constexpr (C == 3) {
-        p.blue = p.red = p.green;
-      } else {
-        p.green = p.red = p.blue;
-      }
-    });
+    if constexpr (std::is_same_v<L, Layout32>) {
+      wordWalk(n, px, CopyWords<C>{});
+    } else {
+      forEachPixel(n, px, [](P& p) {
+        if constexpr (C == 2) {
+          p.blue = p.green = p.red;
+        } else if constexpr (C == 3) {
+          p.blue = p.red = p.green;
+        } else {
+          p.green = p.red = p.blue;
+        }
+      });
+    }
   });
 }
 
@@ -228,20 +240,24 @@ void channelSwap(int32_t n, typename L::Pixel* px, int32_t order) {
   using P = typename L::Pixel;
   withValue<1, 5>(order, [&](auto which) {
     constexpr int O = decltype(which)::value;
-    forEachPixel(n, px, [](P& p) {
-      const auto b = p.blue, g = p.green, r = p.red;
-      if constexpr (O == 1) {
-        p.blue = r; p.red = b;
-      } else if constexpr (O == 2) {
-        p.green = r; p.red = g;
-      } else if constexpr (O == 3) {
-        p.blue = g; p.green = b;
-      } else if constexpr (O == 4) {
-        p.blue = g; p.green = r; p.red = b;
-      } else {
-        p.blue = r; p.green = b; p.red = g;
-      }
-    });
+    if constexpr (std::is_same_v<L, Layout32>) {
+      wordWalk(n, px, SwapWords<O>{});
+    } else {
+      forEachPixel(n, px, [](P& p) {
+        const auto b = p.blue, g = p.green, r = p.red;
+        if constexpr (O == 1) {
+          p.blue = r; p.red = b;
+        } else if constexpr (O == 2) {
+          p.green = r; p.red = g;
+        } else if constexpr (O == 3) {
+          p.blue = g; p.green = b;
+        } else if constexpr (O == 4) {
+          p.blue = g; p.green = r; p.red = b;
+        } else {
+          p.blue = r; p.green = b; p.red = g;
+        }
+      });
+    }
   });
 }
 
@@ -278,6 +294,7 @@ inline bool within(T key, T c, T tolerance) {
 template <class L>
 void replaceColour(int32_t n, typename L::Pixel* px, uint32_t match, uint32_t replacement,
                    int32_t tolerance) {
+  const FloatEnvironment env;
   using K = ReplaceKey<L>;
   using T = typename K::T;
   using E = typename L::Element;

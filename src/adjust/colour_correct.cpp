@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "core/crmath.h"
+#include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
 #include "core/picture.h"
@@ -20,6 +21,7 @@ namespace {
 // column 0 are never examined: the walk starts at (1, 1).
 template <class L>
 void redEye(int32_t width, int32_t height, typename L::Pixel* px, int32_t threshold) {
+  const FloatEnvironment env;
   using P = typename L::Pixel;
   using E = typename L::Element;
   const auto pic = packedPicture(width, height, px);
@@ -57,6 +59,7 @@ struct ChannelStats {
 // come from a copy of the input, so every channel reads the picture as it
 // was; without memory for the copy nothing changes.
 void autoColourCorrection(int32_t width, int32_t height, Pixel32* px) {
+  const FloatEnvironment env;
   const auto copy = scratchCopy(packedPicture(width, height, px), ScratchSlot::First);
   if (copy.empty()) return;
   const size_t n = copy.pixelCount();
@@ -96,6 +99,7 @@ void autoColourCorrection(int32_t width, int32_t height, Pixel32* px) {
 // Two passes: the largest blue, green or red anywhere (from 0.0), then
 // c' = M - c on the chosen channels.
 void rangeInvert128(int32_t n, Pixel128* px, int32_t channel) {
+  const FloatEnvironment env;
   if (n < 1) return;
   float m = 0.0f;
   forEachPixel(n, px, [&m](const Pixel128& p) {

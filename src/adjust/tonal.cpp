@@ -6,34 +6,34 @@
 
 #include "adjust/tonal.h"
 #include "core/crmath.h"
+#include "core/element_map.h"
+#include "core/fpenv.h"
+#include "core/pow.h"
 
 namespace effects {
 namespace {
 
 using namespace tonal;
 
-// Applies f to blue, green and red; the mask is never read or written.
-template <class P, class F>
-inline void eachColour(P& p, F& f) {
-  p.blue = f(p.blue);
-  p.green = f(p.green);
-  p.red = f(p.red);
-}
-
 // These exports visit the pixels of width * 4 * height elements, the product
 // formed in 32-bit arithmetic.
+inline size_t pixelsOf(uint32_t width, uint32_t height) {
+  return pixelsForCount(wrappedElementCount(width, height));
+}
+
+// One map for blue, green and red: through a table in the integer layouts
+// where that pays (core/element_map.h), element by element otherwise. The
+// callers hold the float environment from their first statement on.
 template <class L, class F>
-void mapColours(uint32_t width, uint32_t height, typename L::Pixel* px, F f) {
-  forEachPixel(wrappedElementCount(width, height), px, [&f](typename L::Pixel& p) { eachColour(p, f); });
+void mapColours(uint32_t width, uint32_t height, typename L::Pixel* px, const F& f) {
+  maps::all<L>(px, pixelsOf(width, height), f);
 }
 
 // Darkening scales toward black, lightening scales the distance to white.
-// The integer layouts divide with truncation and store the low bits without
-// clamping; the amount range keeps them in range.
 template <class L>
 void brightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
-  using E = typename L::Element;
   if (amount == 0) return;
+  const FloatEnvironment env;
   if constexpr (!L::integer) {
     const float f = static_cast<float>(amount * k255);
     if (amount < 0) {
@@ -44,14 +44,7 @@ void brightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
       mapColours<L>(w, h, px, [m](float c) { return 1 - (1 - c) * m; });
     }
   } else {
-    constexpr int32_t t = fullInt<L>;
-    if (amount < 0) {
-      const int32_t m = wrapAdd(t, amount);
-      mapColours<L>(w, h, px, [m](E c) { return storeLow<L>(wrapMul(c, m) / t); });
-    } else {
-      const int32_t m = wrapSub(t, amount);
-      mapColours<L>(w, h, px, [m](E c) { return storeLow<L>(wrapSub(t, wrapMul(t - c, m) / t)); });
-    }
+    mapColours<L>(w, h, px, Brightness<L>(amount));
   }
 }
 
@@ -59,36 +52,25 @@ void brightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
 // reciprocal; the integer layouts clamp before rounding.
 template <class L>
 void blackBrightness(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
-  using E = typename L::Element;
   if (amount == 0) return;
+  const FloatEnvironment env;
   if constexpr (!L::integer) {
     const float factor = amount * k255f + 1;
     mapColours<L>(w, h, px, [factor](float c) { return c * factor; });
   } else {
-    const float factor = amount * L::unitf + 1;
-    mapColours<L>(w, h, px, [factor](E c) {
-      float v = c * factor;
-      if (v > static_cast<float>(L::full)) v = static_cast<float>(L::full);
-      if (v < 0) v = 0;
-      return storeRounded<L>(static_cast<double>(v));
-    });
+    mapColours<L>(w, h, px, BlackBrightness<L>(amount));
   }
 }
 
-// Stretch about a pivot of 127 (16383, 0.5): one below the true middle,
-// which is what the hosts' pictures were made with.
+// Stretch about a pivot of 127 (16383, 0.5).
 template <class L>
 void contrast(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
-  using E = typename L::Element;
-  const float k = static_cast<float>(amount * L::amountUnit);
+  const FloatEnvironment env;
   if constexpr (!L::integer) {
+    const float k = static_cast<float>(amount * L::amountUnit);
     mapColours<L>(w, h, px, [k](float c) { return static_cast<float>((c - 0.5) * k + c); });
   } else {
-    constexpr int32_t pivot = fullInt<L> / 2;
-    mapColours<L>(w, h, px, [k](E c) {
-      const float v = static_cast<float>(c - pivot) * k + static_cast<float>(c);
-      return truncClamp<L>(v);
-    });
+    mapColours<L>(w, h, px, Contrast<L>(amount));
   }
 }
 
@@ -97,8 +79,8 @@ void contrast(uint32_t w, uint32_t h, typename L::Pixel* px, int32_t amount) {
 // integer layouts clamped and the float layout as it was.
 template <class L>
 void exposure(uint32_t w, uint32_t h, typename L::Pixel* px, uint8_t mode, int32_t amount) {
-  using E = typename L::Element;
   if (amount == 0) return;
+  const FloatEnvironment env;
   const double a = amount;
   if constexpr (!L::integer) {
     if (mode > 1) return;
@@ -110,22 +92,20 @@ void exposure(uint32_t w, uint32_t h, typename L::Pixel* px, uint8_t mode, int32
     const float offset = mode == 0   ? static_cast<float>(crmath::sin(x) * a)
                          : mode == 1 ? static_cast<float>(crmath::cos(x) * a)
                                      : 0.0f;
-    mapColours<L>(w, h, px, [offset](E c) {
-      return truncClamp<L>(static_cast<float>(c) + offset);
-    });
+    mapColours<L>(w, h, px, Exposure<L>{offset});
   }
 }
 
 // Two units of stops double the intensity.
 template <class L>
 void fstop(uint32_t w, uint32_t h, typename L::Pixel* px, double stops) {
-  using E = typename L::Element;
+  const FloatEnvironment env;
   if (stops == 0.0) return;
   const double factor = std::pow(2.0, 0.5 * stops);
   if constexpr (!L::integer) {
     mapColours<L>(w, h, px, [factor](float c) { return static_cast<float>(c * factor); });
   } else {
-    mapColours<L>(w, h, px, [factor](E c) { return truncClamp<L>(c * factor); });
+    mapColours<L>(w, h, px, Fstop<L>{factor});
   }
 }
 
@@ -133,16 +113,16 @@ void fstop(uint32_t w, uint32_t h, typename L::Pixel* px, double stops) {
 // raises to 1/gamma, the HDR one to gamma itself.
 template <class L, bool towardHdr>
 void gamma(uint32_t w, uint32_t h, typename L::Pixel* px, float gamma) {
-  using E = typename L::Element;
+  const FloatEnvironment env;
   float g = gamma;
   if (g < 0) g = 0;
   if (g > 10) g = 10;
   if (g == 1.0f) return;
   const double e = towardHdr ? g : 1.0f / g;
   if constexpr (!L::integer) {
-    mapColours<L>(w, h, px, [e](float c) { return static_cast<float>(std::pow(static_cast<double>(c), e)); });
+    fastpow::powColours(px, pixelsOf(w, h), e);
   } else {
-    mapColours<L>(w, h, px, [e](E c) { return storeRounded<L>(std::pow(c * L::unit, e) * fullInt<L>); });
+    mapColours<L>(w, h, px, Gamma<L>{e});
   }
 }
 
@@ -150,16 +130,12 @@ void gamma(uint32_t w, uint32_t h, typename L::Pixel* px, float gamma) {
 // product keeps the low bits of its rounding.
 template <class L>
 void levelPercentage(uint32_t w, uint32_t h, typename L::Pixel* px, float percentage) {
-  using E = typename L::Element;
+  const FloatEnvironment env;
   const float factor = 2 - percentage;
   if constexpr (!L::integer) {
     mapColours<L>(w, h, px, [factor](float c) { return c * factor; });
   } else {
-    mapColours<L>(w, h, px, [factor](E c) {
-      float v = c * factor;
-      if (v > static_cast<float>(L::full)) v = static_cast<float>(L::full);
-      return storeRounded<L>(static_cast<double>(v));
-    });
+    mapColours<L>(w, h, px, LevelPercentage<L>{factor});
   }
 }
 

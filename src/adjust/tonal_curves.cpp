@@ -6,40 +6,14 @@
 
 #include "adjust/tonal.h"
 #include "core/crmath.h"
+#include "core/element_map.h"
+#include "core/fpenv.h"
+#include "core/pow.h"
 
 namespace effects {
 namespace {
 
 using namespace tonal;
-
-// The factor sin(q x pi x (1/180)) + amount + 1 of the sine curves, with q the
-// element's integer quotient by the full value. q is 0 below full and 1 at
-// full, so those two factors are worked out once; other quotients (only
-// values outside the layout's range give them) are worked out as they come.
-template <class T>
-class SineFactor {
- public:
-  explicit SineFactor(float amount) : amount_(amount), at0_(compute(0)), at1_(compute(1)) {}
-  T operator()(int32_t q) const { return q == 0 ? at0_ : q == 1 ? at1_ : compute(q); }
-
- private:
-  T compute(int32_t q) const {
-    const T x = static_cast<T>(q) * static_cast<T>(kPi) * static_cast<T>(kOneOver180);
-    if constexpr (std::is_same_v<T, double>) return crmath::sin(x) + amount_ + 1;
-    else return std::sin(x) + amount_ + 1;
-  }
-  T amount_;
-  T at0_, at1_;
-};
-
-// Limits to [0, full] and rounds; a NaN passes both limits and rounds to
-// the out-of-range value.
-template <class L, class T>
-typename L::Element clampRound(T v) {
-  if (v > static_cast<T>(L::full)) v = static_cast<T>(L::full);
-  if (v < 0) v = 0;
-  return storeRounded<L>(v);
-}
 
 // Because the quotient c / full is 0 for every element below full, the curve
 // is in effect a multiplication by 1 + amount; only full elements see the
@@ -48,7 +22,7 @@ typename L::Element clampRound(T v) {
 // every element, chosen or not.
 template <class L>
 void adjustSine(uint32_t width, uint32_t height, typename L::Pixel* px, float amount, int32_t channel) {
-  using E = typename L::Element;
+  const FloatEnvironment env;
   if (amount == 0.0f) return;
   const Channels ch = Channels::of(channel);
   const auto pic = packedPicture(unsignedSize(width), unsignedSize(height), px);
@@ -71,15 +45,12 @@ void adjustSine(uint32_t width, uint32_t height, typename L::Pixel* px, float am
     });
   } else {
     const SineFactor<long double> factor(amount);
-    auto curve = [&factor](E c, bool chosen) {
-      const long double v = chosen ? c * factor(c / fullInt<L>) : static_cast<long double>(c);
-      return clampRound<L>(v);
-    };
-    forEachPixel(pic, [&](typename L::Pixel& p) {
-      p.blue = curve(p.blue, ch.blue);
-      p.green = curve(p.green, ch.green);
-      p.red = curve(p.red, ch.red);
-    });
+    const SineCurve<L> chosen{&factor, true}, unchosen{&factor, false};
+    // References, so that channels with the same map share its table.
+    const SineCurve<L>& blue = ch.blue ? chosen : unchosen;
+    const SineCurve<L>& green = ch.green ? chosen : unchosen;
+    const SineCurve<L>& red = ch.red ? chosen : unchosen;
+    maps::each<L>(pic.data(), pic.pixelCount(), blue, green, red);
   }
 }
 
@@ -93,13 +64,6 @@ struct LevelPoints {
 // Element i of a pixel is blue, green, red for i = 0, 1, 2.
 inline bool chosen(const Channels& ch, unsigned i) { return i == 0 ? ch.blue : i == 1 ? ch.green : ch.red; }
 
-// The output points' scale of an element against its channel's maximum: the
-// 8-bit levels multiply by the reciprocal of the maximum, the 16-bit levels
-// divide by it. The two differ in the last bit for some values, and each
-// layout keeps its own form.
-inline double ofMaximum(uint8_t e, int32_t, double reciprocal) { return e * reciprocal; }
-inline double ofMaximum(uint16_t e, int32_t max, double) { return e / static_cast<double>(max); }
-
 // Integer layouts. Pass 1 applies the input points (no stretching: below
 // the low point is black, above the high point full), gamma and, on chosen
 // channels, the sine curve, and finds each channel's maximum. Pass 2 maps
@@ -107,32 +71,25 @@ inline double ofMaximum(uint16_t e, int32_t max, double) { return e / static_cas
 template <class L>
 void adjustLevelsInt(int32_t n, typename L::Pixel* px, const LevelPoints (&pt)[3], float g, float curveAmount,
                      const Channels& ch) {
-  constexpr int32_t t = fullInt<L>;
   const SineFactor<double> factor(curveAmount);
-  int32_t max[3] = {0, 0, 0};
-  forEachPixel(n, px, [&](typename L::Pixel& p) {
-    for (unsigned i = 0; i < 3; ++i) {
-      auto& e = element(p, i);
-      int32_t c = compared<L>(e);
-      if (c < pt[i].inLow) c = 0;
-      if (c > pt[i].inHigh) c = t;
-      c = roundToInt16(std::pow(c * L::unit, static_cast<double>(g)) * t);
-      const double v = chosen(ch, i) ? c * factor(c / t) : c;
-      e = clampRound<L>(v);
-      if (e > max[i]) max[i] = e;
-    }
-  });
+  const size_t count = pixelsForCount(n);
+  const LevelsIn<L> in[3] = {{pt[0].inHigh, pt[0].inLow, g, &factor, ch.blue},
+                             {pt[1].inHigh, pt[1].inLow, g, &factor, ch.green},
+                             {pt[2].inHigh, pt[2].inLow, g, &factor, ch.red}};
+  maps::Maxima max;
+  maps::each<L>(px, count, in[0], in[1], in[2], max);
   if (!ch.any()) return;
-  double reciprocal[3];
-  for (unsigned i = 0; i < 3; ++i) reciprocal[i] = 1.0 / max[i];
-  forEachPixel(n, px, [&](typename L::Pixel& p) {
-    for (unsigned i = 0; i < 3; ++i) {
-      if (!chosen(ch, i)) continue;
-      auto& e = element(p, i);
-      const double range = pt[i].outHigh - pt[i].outLow;
-      e = clampRound<L>(ofMaximum(e, max[i], reciprocal[i]) * range + pt[i].outLow);
-    }
-  });
+  LevelsOut<L> out[3];
+  for (unsigned i = 0; i < 3; ++i) {
+    const float range = pt[i].outHigh - pt[i].outLow;
+    out[i] = {max.of[i], 1.0 / max.of[i], range, pt[i].outLow};
+  }
+  const maps::Unchanged same;
+  if (ch.blue && ch.green && ch.red) return maps::each<L>(px, count, out[0], out[1], out[2]);
+  // A single chosen channel: the other two stay as they are.
+  if (ch.blue) return maps::each<L>(px, count, out[0], same, same);
+  if (ch.green) return maps::each<L>(px, count, same, out[1], same);
+  maps::each<L>(px, count, same, same, out[2]);
 }
 
 // Float layout: three passes. Input points (compared on the 0..1 scale) and
@@ -141,21 +98,30 @@ void adjustLevelsInt(int32_t n, typename L::Pixel* px, const LevelPoints (&pt)[3
 // channel above 1.0 keeps its headroom. Nothing is clamped.
 void adjustLevels128(int32_t n, Pixel128* px, const LevelPoints (&pt)[3], float g, float curveAmount,
                      const Channels& ch) {
+  if (px == nullptr) return;
   double low[3], high[3];
   for (unsigned i = 0; i < 3; ++i) {
     low[i] = pt[i].inLow * k255;
     high[i] = pt[i].inHigh * k255;
   }
+  // Pass 1 a block at a time: the input points, then the power in vectors
+  // (core/pow.h), then the maxima while the block is in the cache.
   float max[3] = {0.0f, 0.0f, 0.0f};
-  forEachPixel(n, px, [&](Pixel128& p) {
-    for (unsigned i = 0; i < 3; ++i) {
-      float& c = element(p, i);
-      if (c < low[i]) c = 0.0f;
-      if (c > high[i]) c = 1.0f;
-      c = static_cast<float>(std::pow(static_cast<double>(c), static_cast<double>(g)));
-      if (c > max[i]) max[i] = c;
-    }
-  });
+  const size_t count = pixelsForCount(n);
+  for (size_t b = 0; b < count; b += maps::kBlock) {
+    Pixel128* block = px + b;
+    const size_t m = count - b < maps::kBlock ? count - b : maps::kBlock;
+    for (size_t k = 0; k < m; ++k)
+      for (unsigned i = 0; i < 3; ++i) {
+        float& c = element(block[k], i);
+        if (c < low[i]) c = 0.0f;
+        if (c > high[i]) c = 1.0f;
+      }
+    fastpow::powColours(block, m, static_cast<double>(g));
+    for (size_t k = 0; k < m; ++k)
+      for (unsigned i = 0; i < 3; ++i)
+        if (element(block[k], i) > max[i]) max[i] = element(block[k], i);
+  }
   if (!ch.any()) return;
   const double a = curveAmount;
   float newMax[3] = {0.0f, 0.0f, 0.0f};
@@ -188,6 +154,7 @@ void adjustLevels(int32_t n, typename L::Pixel* px, int32_t blueInHigh, int32_t 
                   int32_t greenInLow, int32_t redInHigh, int32_t redInLow, float gamma, float curveAmount,
                   float redOutHigh, float redOutLow, float greenOutHigh, float greenOutLow, float blueOutHigh,
                   float blueOutLow, int32_t channel) {
+  const FloatEnvironment env;
   if (n < 1) return;
   float g = gamma;
   if (g < 0) g = 0;
@@ -206,6 +173,7 @@ void adjustLevels(int32_t n, typename L::Pixel* px, int32_t blueInHigh, int32_t 
 template <class L>
 void equalizer(int32_t n, typename L::Pixel* px, int32_t mode, int32_t channel) {
   if (mode != 1 && mode != 2) return;
+  const FloatEnvironment env;
   const Channels ch = Channels::of(channel);
   using V = typename L::Compare;
   forEachPixel(n, px, [&](typename L::Pixel& p) {
@@ -230,21 +198,13 @@ void equalizer(int32_t n, typename L::Pixel* px, int32_t mode, int32_t channel) 
 // change nothing and 100..199 double. Only the upper bound applies.
 template <class L>
 void dodge(int32_t n, typename L::Pixel* px, int32_t amount) {
-  using E = typename L::Element;
+  const FloatEnvironment env;
   const int32_t factor = wrapAdd(divTrunc(amount, 100), 1);
   if constexpr (!L::integer) {
     const float f = static_cast<float>(factor);
     forEachPixel(n, px, [f](Pixel128& p) { p.blue *= f; p.green *= f; p.red *= f; });
   } else {
-    auto scale = [factor](E c) {
-      const int32_t v = wrapMul(c, factor);
-      return storeLow<L>(v > fullInt<L> ? fullInt<L> : v);
-    };
-    forEachPixel(n, px, [&scale](typename L::Pixel& p) {
-      p.blue = scale(p.blue);
-      p.green = scale(p.green);
-      p.red = scale(p.red);
-    });
+    maps::all<L>(px, pixelsForCount(n), Dodge<L>{factor});
   }
 }
 

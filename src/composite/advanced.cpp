@@ -6,9 +6,12 @@
 #include <type_traits>
 
 #include "composite/blend.h"
+#include "composite/blend_simd.h"
 #include "composite/canvas.h"
 #include "composite/clip.h"
 #include "composite/present.h"
+#include "composite/show.h"
+#include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
 
@@ -17,45 +20,23 @@ namespace {
 
 using blend::Weight;
 
-// A 15-bit element shown in 8 bits: its top eight bits.
-inline uint8_t shown(uint16_t v) { return static_cast<uint8_t>(v >> 7); }
-
-// The float canvas after modes 1 to 16 is shown as v = x x 255 clamped to
-// 0..255 and rounded; mode 0 uses Q8 instead, which sends values below 1/255
-// to 0 and above 254/255 to 255. The two differ on purpose.
-inline uint8_t shownClamped(float x) {
-  return roundLowByte(clampTo(x * 255, 0.0f, 255.0f));
-}
-
-// The picture of a non-Direct composite: 16 bits shifted down to 8 (the
-// fourth byte is left as it was), float through Q8 in all four elements.
-inline void showWhole(const Pixel64& p, Pixel32& out) {
-  out.blue = shown(p.blue); out.green = shown(p.green); out.red = shown(p.red);
-}
-inline void showWhole(const Pixel128& p, Pixel32& out) {
-  out.blue = Q8(p.blue); out.green = Q8(p.green); out.red = Q8(p.red); out.mask = Q8(p.mask);
-}
-
-// The display pixel of a Direct composite: blue, green and red of the canvas
+// The display rows of a Direct composite: blue, green and red of the canvas
 // (the fourth byte is not written), 16 bits shifted down to 8, float through
 // Q8 after mode 0 and clamped-and-rounded after the other modes.
 struct ShowDirect {
   bool normal;
-  void operator()(const Pixel32& c, Pixel32* d) const {
-    if (d) { d->blue = c.blue; d->green = c.green; d->red = c.red; }
-  }
-  void operator()(const Pixel64& c, Pixel32* d) const {
-    if (d) { d->blue = shown(c.blue); d->green = shown(c.green); d->red = shown(c.red); }
-  }
-  void operator()(const Pixel128& c, Pixel32* d) const {
-    if (!d) return;
-    if (normal) {
-      d->blue = Q8(c.blue); d->green = Q8(c.green); d->red = Q8(c.red);
-    } else {
-      d->blue = shownClamped(c.blue); d->green = shownClamped(c.green); d->red = shownClamped(c.red);
-    }
+  void operator()(const Pixel32* c, Pixel32* d, size_t n) const { showRow(c, d, n); }
+  void operator()(const Pixel64* c, Pixel32* d, size_t n) const { showRow(c, d, n); }
+  void operator()(const Pixel128* c, Pixel32* d, size_t n) const {
+    if (normal) showRow<true, false>(c, d, n);
+    else showRow<false, false>(c, d, n);
   }
 };
+
+// The picture of a non-Direct composite: 16 bits shifted down to 8 (the
+// fourth byte is left as it was), float through Q8 in all four elements.
+inline void showWhole(const Pixel64* p, Pixel32* out, size_t n) { showRow(p, out, n); }
+inline void showWhole(const Pixel128* p, Pixel32* out, size_t n) { showRow<true, true>(p, out, n); }
 
 // Source and destination of equal size, composited pixel for pixel (with
 // flip, destination row r takes source row height - 1 - r). The 8-bit
@@ -69,6 +50,7 @@ int32_t advanced(void* dc, int32_t x, int32_t y, int32_t width, int32_t height,
   if (opacity == 0) return -1;
   if (missing(width, height, dst) || missing(width, height, src) || (!ownPicture && missing(width, height, display)))
     return 1;
+  const FloatEnvironment env;
   const Weight<L> w(opacity);
   const auto destination = packedPicture(width, height, dst);
   const auto source = packedPicture(width, height, src);
@@ -78,17 +60,16 @@ int32_t advanced(void* dc, int32_t x, int32_t y, int32_t width, int32_t height,
       forEachRow(destination, [&](P* d, int32_t r) {
         const P* s = source.row(flip ? height - 1 - r : r);
         Pixel32* o = ownPicture || out.empty() ? nullptr : out.row(r);
-        for (int32_t c = 0; c < width; ++c) {
-          blend::blendPixel<L, decltype(m)::value>(d[c], s[c], w);
-          if constexpr (!ownPicture) {
-            if (o) showWhole(d[c], o[c]);
-          }
+        blend::sse2::blendRow<L, decltype(m)::value>(d, s, static_cast<size_t>(width), w);
+        if constexpr (!ownPicture) {
+          if (o) showWhole(d, o, static_cast<size_t>(width));
         }
       });
     });
     if constexpr (!ownPicture) {
       // an unknown mode blends nothing, but the picture still shows the destination
-      if (!known) forEachPixelPair(destination, out, [](const P& d, Pixel32& o) { showWhole(d, o); });
+      if (!known && !out.empty())
+        forEachRow(destination, [&](P* d, int32_t r) { showWhole(d, out.row(r), static_cast<size_t>(width)); });
     }
   }
   const Pixel32* picture = ownPicture ? reinterpret_cast<const Pixel32*>(dst) : display;
@@ -115,6 +96,7 @@ int32_t advancedDirect(void* dc, int32_t x, int32_t y, int32_t width, int32_t he
   if (mode < 0 || mode >= blend::kModeCount) return 0;
   if (missing(width, height, src) || missing(width, height, display) || missing(canvasWidth, canvasHeight, canvas))
     return 1;
+  const FloatEnvironment env;
   const auto p = placeOn(x, y, width, height, src, canvas, canvasWidth, canvasHeight);
   compositeOnCanvas<L>(p, packedPicture(width, height, display), Weight<L>(opacity), mode,
                        ShowDirect{mode == EFFECTS_BLEND_NORMAL});
@@ -154,6 +136,7 @@ int32_t advancedMask(void* dc, int32_t x, int32_t y, int32_t width, int32_t heig
   if (opacity == 0) return -1;
   if (missing(width, height, src) || missing(width, height, display) || missing(canvasWidth, canvasHeight, canvas))
     return 1;
+  const FloatEnvironment env;
   const auto p = placeOn(x, y, width, height, src, canvas, canvasWidth, canvasHeight);
   const auto out = packedPicture(width, height, display);
   const Weight<L> w(opacity);
@@ -196,6 +179,6 @@ EFFECTS_API int32_t EFFECTS_CALL Vexo128AdvancedMaskDIB(void* hdc, int32_t x, in
 // The per-byte average of blue, green and red, each rounded down; the fourth
 // byte comes out 0.
 EFFECTS_API int32_t EFFECTS_CALL Blending(uint32_t a, uint32_t b) { return static_cast<int32_t>(((a >> 1) & 0x7F7F7Fu) + ((b >> 1) & 0x7F7F7Fu)); }
-EFFECTS_API double EFFECTS_CALL Blending128(float a, float b) { return (static_cast<double>(a) + static_cast<double>(b)) * 0.5; }
+EFFECTS_API double EFFECTS_CALL Blending128(float a, float b) { const FloatEnvironment env; return (static_cast<double>(a) + static_cast<double>(b)) * 0.5; }
 
 }  // extern "C"

@@ -3,15 +3,17 @@
 #pragma once
 
 #include "composite/blend.h"
+#include "composite/blend_simd.h"
 #include "composite/clip.h"
 
 namespace effects::composite {
 
-// Blends every covered pixel of the region onto the canvas under `mode`,
-// calling after(canvasPixel, displayPixel) once each pixel is finished,
-// blended or not; the display is a picture of the region's size, bottom-up
-// (row height - 1 - r shows region row r). The mode is resolved once, so each
-// mode runs its own loop. Returns false, touching nothing, for a mode outside
+// Blends every covered pixel of the region onto the canvas under `mode`, a
+// row at a time, and when there is a display calls after(canvasRow,
+// displayRow, count) once the row is finished (every covered pixel, blended
+// or not). The display is a picture of the region's size, bottom-up (row
+// height - 1 - r shows region row r). The mode is resolved once, so each mode
+// runs its own loop. Returns false, touching nothing, for a mode outside
 // 0..16.
 template <class L, class Display, class After>
 bool compositeOnCanvas(const Placed<const typename L::Pixel, typename L::Pixel>& p,
@@ -21,10 +23,8 @@ bool compositeOnCanvas(const Placed<const typename L::Pixel, typename L::Pixel>&
       typename L::Pixel* c = p.canvas.row(cy) + cx;
       const typename L::Pixel* s = p.region.row(ry) + rx;
       Display* d = display.empty() ? nullptr : display.row(p.placement.flipped(ry)) + rx;
-      for (int32_t i = 0; i < n; ++i) {
-        blend::blendPixel<L, decltype(m)::value>(c[i], s[i], w);
-        after(c[i], d ? d + i : nullptr);
-      }
+      blend::sse2::blendRow<L, decltype(m)::value>(c, s, static_cast<size_t>(n), w);
+      if (d) after(c, d, static_cast<size_t>(n));
     });
   });
 }
@@ -32,7 +32,7 @@ bool compositeOnCanvas(const Placed<const typename L::Pixel, typename L::Pixel>&
 // No display: only the canvas changes.
 struct NoDisplay {
   template <class P, class D>
-  void operator()(const P&, D*) const {}
+  void operator()(const P*, D*, size_t) const {}
 };
 
 }  // namespace effects::composite

@@ -6,6 +6,7 @@
 #include "composite/blend.h"
 #include "composite/canvas.h"
 #include "composite/clip.h"
+#include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
 
@@ -17,6 +18,7 @@ int32_t directBlend(int32_t x, int32_t y, int32_t width, int32_t height, const t
                     typename L::Pixel* canvas, int32_t canvasWidth, int32_t canvasHeight, int32_t opacity,
                     int32_t mode) {
   if (opacity == 0) return -1;
+  const FloatEnvironment env;
   const auto p = placeOn(x, y, width, height, src, canvas, canvasWidth, canvasHeight);
   compositeOnCanvas<L>(p, Picture<Pixel32>{}, blend::Weight<L>(opacity), mode, NoDisplay{});
   return 1;
@@ -78,6 +80,7 @@ inline float regional(float d, float s, float m) { return d + (s - d) * m; }
 
 template <class L>
 void drawRegional(int32_t elementCount, const typename L::Pixel* src, typename L::Pixel* dst) {
+  const FloatEnvironment env;
   forEachPixelPair(elementCount, src, dst, [](const typename L::Pixel& s, typename L::Pixel& d) {
     if (s.mask == 0) return;
     d.blue = regional(d.blue, s.blue, s.mask);
@@ -91,6 +94,7 @@ void drawRegional(int32_t elementCount, const typename L::Pixel* src, typename L
 int32_t directMask(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel32* src, Pixel32* canvas,
                    int32_t canvasWidth, int32_t canvasHeight, int32_t opacity) {
   if (opacity == 0) return -1;
+  const FloatEnvironment env;
   const auto p = placeOn(x, y, width, height, src, canvas, canvasWidth, canvasHeight);
   const float k = static_cast<float>(opacity) * 3.92156862e-5f;
   p.placement.forEachRow([&](int32_t cy, int32_t ry, int32_t cx, int32_t rx, int32_t n) {

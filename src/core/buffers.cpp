@@ -1,47 +1,114 @@
 // Mask utilities, colour inversion and the fill of a new picture: single
-// passes over an ElementCount buffer, one template per family.
+// passes over an ElementCount buffer, one template per family, each a vector
+// form over whole vectors and the plain form of core/buffers.h over the rest.
+#include "core/buffers.h"
+
+#include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/picture.h"
+#include "core/simd.h"
 
 namespace effects {
 namespace {
 
-// 8 bits: the bitwise complement. 16 bits: 32767 - x in 16-bit arithmetic,
-// so a value above 32767 wraps. Float: 1.0 - x, no clamping.
-inline uint8_t inverted(uint8_t x) { return static_cast<uint8_t>(~x); }
-inline uint16_t inverted(uint16_t x) { return static_cast<uint16_t>(32767u - x); }
-inline float inverted(float x) { return 1.0f - x; }
+using namespace buffers;
+
+// The vector form over whole vectors, then the plain form on the rest.
+template <class P, class Vector, class Plain>
+void walk(int32_t n, P* px, Vector&& vector, const Plain& plain) {
+  const size_t count = pixelsForCount(n);
+  if (px == nullptr || count == 0) return;
+  const FloatEnvironment env;
+  for (size_t i = simd::inPlace(px, count, vector); i < count; ++i) plain(px[i]);
+}
+
+#if defined(__SSE2__)
+// x inverted in the lanes of `lanes` (bytes, words or floats by layout).
+inline __m128i invertLanes(__m128i x, __m128i lanes, const Pixel32*) { return _mm_xor_si128(x, lanes); }
+inline __m128i invertLanes(__m128i x, __m128i lanes, const Pixel64*) {
+  return simd::select(lanes, _mm_sub_epi16(_mm_set1_epi16(32767), x), x);
+}
+inline __m128i invertLanes(__m128i x, __m128i lanes, const Pixel128*) {
+  const __m128 f = _mm_castsi128_ps(x);
+  return _mm_castps_si128(simd::select(_mm_castsi128_ps(lanes), _mm_sub_ps(_mm_set1_ps(1.0f), f), f));
+}
+
+// Each pixel's mask in all four of its elements.
+inline __m128i maskEverywhere(__m128i x, const Pixel32*) {
+  __m128i m = _mm_srli_epi32(x, 24);
+  m = _mm_or_si128(m, _mm_slli_epi32(m, 8));
+  return _mm_or_si128(m, _mm_slli_epi32(m, 16));
+}
+inline __m128i maskEverywhere(__m128i x, const Pixel64*) {
+  return _mm_shufflehi_epi16(_mm_shufflelo_epi16(x, 0xFF), 0xFF);
+}
+inline __m128i maskEverywhere(__m128i x, const Pixel128*) { return _mm_shuffle_epi32(x, 0xFF); }
+
+// A vector of whole pixels, all `p`.
+template <class P>
+inline __m128i repeated(const P& p) {
+  P four[16 / sizeof(P)];
+  for (auto& q : four) q = p;
+  return simd::load(four);
+}
+#endif
 
 template <class L>
 void invert(int32_t n, typename L::Pixel* px, int32_t channel) {
+  using P = typename L::Pixel;
   const Channels c = Channels::of(channel);
-  forEachPixel(n, px, [c](typename L::Pixel& p) {
-    if (c.red) p.red = inverted(p.red);
-    if (c.green) p.green = inverted(p.green);
-    if (c.blue) p.blue = inverted(p.blue);
-  });
+  if (!c.any()) return;
+#if defined(__SSE2__)
+  const __m128i lanes = simd::chosenLanes(c, px);
+  walk(n, px, [lanes](__m128i x) { return invertLanes(x, lanes, static_cast<P*>(nullptr)); }, Invert<P>{c});
+#else
+  walk(n, px, 0, Invert<P>{c});
+#endif
 }
 
 template <class L>
 void invertMask(int32_t n, typename L::Pixel* px) {
-  forEachPixel(n, px, [](typename L::Pixel& p) { p.mask = inverted(p.mask); });
+  using P = typename L::Pixel;
+#if defined(__SSE2__)
+  const __m128i lanes = simd::maskLanes(px);
+  walk(n, px, [lanes](__m128i x) { return invertLanes(x, lanes, static_cast<P*>(nullptr)); }, InvertMask<P>{});
+#else
+  walk(n, px, 0, InvertMask<P>{});
+#endif
 }
 
 template <class L>
 void setMask(int32_t n, typename L::Pixel* px, typename L::Element value) {
-  forEachPixel(n, px, [value](typename L::Pixel& p) { p.mask = value; });
+  using P = typename L::Pixel;
+#if defined(__SSE2__)
+  const __m128i lanes = simd::maskLanes(px), values = repeated(P{0, 0, 0, value});
+  walk(n, px, [lanes, values](__m128i x) { return simd::select(lanes, values, x); }, SetMask<P>{value});
+#else
+  walk(n, px, 0, SetMask<P>{value});
+#endif
 }
 
 template <class L>
 void maskToImage(int32_t n, typename L::Pixel* px) {
-  forEachPixel(n, px, [](typename L::Pixel& p) { p.blue = p.green = p.red = p.mask; });
+  using P = typename L::Pixel;
+#if defined(__SSE2__)
+  walk(n, px, [](__m128i x) { return maskEverywhere(x, static_cast<P*>(nullptr)); }, MaskToImage<P>{});
+#else
+  walk(n, px, 0, MaskToImage<P>{});
+#endif
 }
 
 template <class L>
 void newPicture(int32_t n, typename L::Pixel* px, typename L::Element red,
                 typename L::Element green, typename L::Element blue, typename L::Element mask) {
-  const typename L::Pixel fill{blue, green, red, mask};
-  forEachPixel(n, px, [&fill](typename L::Pixel& p) { p = fill; });
+  using P = typename L::Pixel;
+  const P fill{blue, green, red, mask};
+#if defined(__SSE2__)
+  const __m128i all = repeated(fill);
+  walk(n, px, [all](__m128i) { return all; }, Fill<P>{fill});
+#else
+  walk(n, px, 0, Fill<P>{fill});
+#endif
 }
 
 }  // namespace

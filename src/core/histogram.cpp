@@ -10,6 +10,7 @@
 #include <initializer_list>
 
 #include "core/dispatch.h"
+#include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
 #include "core/picture.h"
@@ -78,15 +79,93 @@ inline double binLuminance(const Pixel64& p) {
 }
 inline double binLuminance(const Pixel128& p) { return luminance<double>(p.red, p.green, p.blue) * 255.0; }
 
+// ------------------------------------------------------ counted histograms
+
+// Adds 1.0f to a float `count` times, one addition after another, as the
+// per-pixel walk does: an integer value within 2^24 counts up exactly and
+// then stays at 2^24 (2^24 + 1 rounds back to it), anything else is added
+// one at a time until an addition no longer changes it.
+inline float addOnes(float h, uint32_t count) {
+  if (count == 0) return h;
+  if (h != h) return h + 1.0f;
+  if (h >= -16777216.0f && h <= 16777216.0f && h == static_cast<float>(static_cast<int32_t>(h))) {
+    const double v = static_cast<double>(h) + count;
+    return static_cast<float>(v > 16777216.0 ? 16777216.0 : v);
+  }
+  for (uint32_t k = 0; k < count; ++k) {
+    const float y = h + 1.0f;
+    if (y == h) break;
+    h = y;
+  }
+  return h;
+}
+
+// The histograms whose measured value is a bin number (the 8- and 16-bit
+// ones): every pixel's bin is counted in integers (four count arrays in turn,
+// so that no increment waits on the one before), the histogram gets the
+// counts at the end, and the statistics follow from which bins occurred, all
+// but the sum, which is the running single-precision sum of the bins in
+// pixel order, as the per-pixel walk forms it.
+template <class P, class Bin>
+void countBins(const P* px, size_t n, float* histogram, Statistics* stats, Bin bin) {
+  uint32_t counts[4][256] = {};
+  float sum = 0.0f;
+  size_t i = 0;
+  if (stats) {
+    for (; i < n; ++i) {
+      const uint32_t b = bin(px[i]);
+      ++counts[i & 3][b];
+      sum = sum + static_cast<float>(b);
+    }
+  } else {
+    for (; i < n; ++i) ++counts[i & 3][bin(px[i])];
+  }
+  int32_t lowest = 256, highest = -1, lowestNonZero = 256;
+  for (int32_t b = 0; b < 256; ++b) {
+    const uint32_t c = counts[0][b] + counts[1][b] + counts[2][b] + counts[3][b];
+    if (c == 0) continue;
+    histogram[b] = addOnes(histogram[b], c);
+    if (lowest == 256) lowest = b;
+    if (b != 0 && lowestNonZero == 256) lowestNonZero = b;
+    highest = b;
+  }
+  if (stats == nullptr || highest < 0) return;
+  stats->add(lowest);
+  stats->add(highest);
+  if (lowestNonZero < 256) stats->add(lowestNonZero);
+  stats->sum = sum;
+}
+
+// 8-bit luminance through the three weights' products, one table each,
+// summed in the order of the formula.
+struct LuminanceBin32 {
+  double red[256], green[256], blue[256];
+  LuminanceBin32() {
+    for (int v = 0; v < 256; ++v) red[v] = 0.2125 * v, green[v] = 0.7154 * v, blue[v] = 0.0721 * v;
+  }
+  uint32_t operator()(const Pixel32& p) const { return quantize255(red[p.red] + green[p.green] + blue[p.blue]); }
+};
+
 // Luminance histograms. The 8- and 16-bit forms feed the bin number into the
 // statistics; the float form deliberately computes none.
 template <class L, class S>
 void luminanceHistogram(int32_t elementCount, const typename L::Pixel* px, float* histogram, S& stats) {
-  forEachPixel(elementCount, px, [&](const typename L::Pixel& p) {
-    const uint8_t bin = quantize255(binLuminance(p));
-    histogram[bin] += 1.0f;
-    stats.add(static_cast<int32_t>(bin));
-  });
+  if constexpr (L::integer) {
+    const size_t n = pixelsForCount(elementCount);
+    if (px != nullptr && n != 0) {
+      if constexpr (sizeof(typename L::Element) == 1) {
+        countBins(px, n, histogram, &stats, LuminanceBin32{});
+      } else {
+        countBins(px, n, histogram, &stats, [](const Pixel64& p) { return uint32_t{quantize255(binLuminance(p))}; });
+      }
+    }
+  } else {
+    forEachPixel(elementCount, px, [&](const typename L::Pixel& p) {
+      const uint8_t bin = quantize255(binLuminance(p));
+      histogram[bin] += 1.0f;
+      stats.add(static_cast<int32_t>(bin));
+    });
+  }
   stats.flush();
 }
 
@@ -103,18 +182,19 @@ template <class L>
 void channelHistogram(int32_t elementCount, const typename L::Pixel* px, float* histogram,
                       Statistics& stats, uint8_t channelOffset) {
   withValue<0, 3>(channelOffset & 3, [&](auto which) {
-    forEachPixel(elementCount, px, [&](const typename L::Pixel& p) {
-      const auto x = element<decltype(which)::value>(p);
-      if constexpr (!L::integer) {
+    constexpr unsigned W = decltype(which)::value;
+    if constexpr (L::integer) {
+      const size_t n = pixelsForCount(elementCount);
+      if (px != nullptr && n != 0)
+        countBins(px, n, histogram, &stats, [](const typename L::Pixel& p) { return uint32_t{elementBin(element<W>(p))}; });
+    } else {
+      forEachPixel(elementCount, px, [&](const typename L::Pixel& p) {
+        const float x = element<W>(p);
         const float v = x > 1e-8 ? x : static_cast<float>(1e-8);
         histogram[quantize255(v * 255.0)] += 1.0f;
         stats.add(v);
-      } else {
-        const uint8_t bin = elementBin(x);
-        histogram[bin] += 1.0f;
-        stats.add(static_cast<int32_t>(bin));
-      }
-    });
+      });
+    }
   });
   stats.flush();
 }
@@ -149,6 +229,7 @@ inline bool anyMissing(std::initializer_list<const float*> outputs) {
 template <class L>
 int32_t histogramOf(int32_t n, const typename L::Pixel* px, float* hist, float* mn, float* mx, float* nz, float* sum) {
   if (anyMissing({hist, mn, mx, sum}) || (L::integer && nz == nullptr)) return n;
+  const FloatEnvironment env;
   if constexpr (!L::integer) {
     Statistics reset(mn, mx, nullptr, sum, false);
     NoStatistics none;
@@ -164,6 +245,7 @@ template <class L>
 int32_t channelHistogramOf(int32_t n, const typename L::Pixel* px, float* hist, float* mn, float* mx, float* nz, float* sum,
                            uint8_t channelOffset) {
   if (anyMissing({hist, mn, mx, nz, sum})) return n;
+  const FloatEnvironment env;
   Statistics stats(mn, mx, nz, sum, false);
   channelHistogram<L>(n, px, hist, stats, channelOffset);
   return n;
@@ -172,6 +254,7 @@ int32_t channelHistogramOf(int32_t n, const typename L::Pixel* px, float* hist, 
 template <class L>
 int32_t dynamicRangeOf(int32_t n, const typename L::Pixel* px, float* mn, float* mx, float* nz, float* sum) {
   if (anyMissing({mn, mx, sum}) || (!L::integer && nz == nullptr)) return n;
+  const FloatEnvironment env;
   Statistics stats(mn, mx, nz, sum, nz != nullptr);
   dynamicRange<L>(n, px, stats);
   return n;

@@ -2,10 +2,17 @@
 // export, the tests and the fuzz targets.
 #pragma once
 
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#include <xmmintrin.h>
+#endif
 
 #include "core/numeric.h"
 #include "core/picture.h"
@@ -58,6 +65,117 @@ inline void encodeRounding(float r, float g, float b, uint8_t out[4]) {
   out[1] = roundLowByte(g * s);
   out[2] = roundLowByte(b * s);
   out[3] = static_cast<uint8_t>(e + 128);
+}
+
+// ------------------------------------------------- the memory encoder in bulk
+
+// The value the memory encoder takes for an 8-bit element: times 1/255 in
+// double, stored as float (so 255 is exactly 1.0f).
+inline float encoderValue(uint8_t v) { return static_cast<float>(v * k255); }
+
+#if defined(__SSE2__)
+namespace detail {
+
+// The smallest float v with v >= 1e-32 in double: below it a pixel is black.
+inline constexpr float kBlackBelow = [] {
+  float f = 1e-32f;
+  while (static_cast<double>(f) < 1e-32) f = std::bit_cast<float>(std::bit_cast<uint32_t>(f) + 1);
+  while (static_cast<double>(std::bit_cast<float>(std::bit_cast<uint32_t>(f) - 1)) >= 1e-32)
+    f = std::bit_cast<float>(std::bit_cast<uint32_t>(f) - 1);
+  return f;
+}();
+
+// roundLowByte of four floats times their scale: a power of two, so the
+// product is exact in single precision wherever it is not far outside the
+// byte range (and then both products round to the same out-of-range value).
+inline __m128i mantissas(__m128 x, __m128 scale) {
+  const __m128i r = _mm_cvtps_epi32(_mm_mul_ps(x, scale));
+  const __m128i fits = _mm_cmpeq_epi32(_mm_srai_epi32(_mm_slli_epi32(r, 16), 16), r);
+  return _mm_and_si128(_mm_and_si128(r, fits), _mm_set1_epi32(0xFF));
+}
+
+}  // namespace detail
+
+// encodeRounding of four float pixels a step, in lanes: v the largest of
+// red, green, blue as sharedScale picks it; a normal v has the exponent byte
+// B, so frexp's e is B - 126 and the scale 2^(8 - e) is the float with
+// exponent byte 261 - B; infinity and NaN (B = 255) give 0, 0, 0, 128.
+// Returns the pixels done.
+inline size_t encodeRoundingVectors(const Pixel128* px, size_t n, RgbeQuad* out) {
+  size_t i = 0;
+  for (; i + 4 <= n; i += 4) {
+    __m128 b = _mm_loadu_ps(&px[i].blue), g = _mm_loadu_ps(&px[i + 1].blue), r = _mm_loadu_ps(&px[i + 2].blue),
+           m = _mm_loadu_ps(&px[i + 3].blue);
+    _MM_TRANSPOSE4_PS(b, g, r, m);
+    const __m128 v = _mm_max_ps(b, _mm_max_ps(g, r));
+    const __m128i biased = _mm_and_si128(_mm_srli_epi32(_mm_castps_si128(v), 23), _mm_set1_epi32(0xFF));
+    const __m128 scale = _mm_castsi128_ps(_mm_slli_epi32(_mm_sub_epi32(_mm_set1_epi32(261), biased), 23));
+    __m128i quad = _mm_or_si128(
+        _mm_or_si128(detail::mantissas(r, scale), _mm_slli_epi32(detail::mantissas(g, scale), 8)),
+        _mm_or_si128(_mm_slli_epi32(detail::mantissas(b, scale), 16),
+                     _mm_slli_epi32(_mm_and_si128(_mm_add_epi32(biased, _mm_set1_epi32(2)), _mm_set1_epi32(0xFF)), 24)));
+    const __m128i special = _mm_cmpeq_epi32(biased, _mm_set1_epi32(0xFF));
+    quad = _mm_or_si128(_mm_andnot_si128(special, quad), _mm_and_si128(special, _mm_set1_epi32(128 << 24)));
+    const __m128i black = _mm_castps_si128(_mm_cmplt_ps(v, _mm_set1_ps(detail::kBlackBelow)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_andnot_si128(black, quad));
+  }
+  return i;
+}
+#endif
+
+// The memory encoder over n float pixels (red, green, blue; the mask is
+// ignored).
+inline void encodeRounding(const Pixel128* px, size_t n, RgbeQuad* out) {
+  size_t i = 0;
+#if defined(__SSE2__)
+  i = encodeRoundingVectors(px, n, out);
+#endif
+  for (; i < n; ++i) encodeRounding(px[i].red, px[i].green, px[i].blue, reinterpret_cast<uint8_t*>(out + i));
+}
+
+// The memory encoder over n 8-bit pixels. Every element is one of 256
+// values, the largest of a pixel decides its exponent (one of nine), so a
+// picture of 256 x 256 pixels or more goes through tables: the
+// exponent byte of each possible largest element, and the mantissa of each
+// element under each exponent, every entry made by the encoder itself.
+inline void encodeRounding(const Pixel32* px, size_t n, RgbeQuad* out) {
+  if (n < 65536) {  // the tables take some 33,000 encodings to make
+    for (size_t i = 0; i < n; ++i)
+      encodeRounding(encoderValue(px[i].red), encoderValue(px[i].green), encoderValue(px[i].blue),
+                     reinterpret_cast<uint8_t*>(out + i));
+    return;
+  }
+  uint8_t exponentOf[256];     // by largest element
+  uint8_t classOf[256];        // which mantissa table
+  uint8_t mantissa[10][256];   // by class, then element
+  int classes = 0;
+  uint8_t exponents[10];
+  for (uint32_t largest = 0; largest < 256; ++largest) {
+    uint8_t q[4];
+    encodeRounding(encoderValue(static_cast<uint8_t>(largest)), 0.0f, 0.0f, q);
+    exponentOf[largest] = q[3];
+    int c = 0;
+    while (c < classes && exponents[c] != q[3]) ++c;
+    if (c == classes) exponents[classes++] = q[3];
+    classOf[largest] = static_cast<uint8_t>(c);
+    // Each element up to this one under its scale: encoded beside the
+    // largest element, which fixes the scale.
+    for (uint32_t e = 0; e <= largest; ++e) {
+      uint8_t w[4];
+      encodeRounding(encoderValue(static_cast<uint8_t>(largest)), encoderValue(static_cast<uint8_t>(e)), 0.0f, w);
+      mantissa[c][e] = w[1];
+    }
+  }
+  for (size_t i = 0; i < n; ++i) {
+    uint32_t p;
+    std::memcpy(&p, px + i, 4);
+    const uint32_t b = p & 0xFFu, g = (p >> 8) & 0xFFu, r = (p >> 16) & 0xFFu;
+    const uint32_t gr = g > r ? g : r;
+    const uint32_t largest = b > gr ? b : gr;
+    const uint8_t* t = mantissa[classOf[largest]];
+    const uint32_t q = t[r] | (uint32_t{t[g]} << 8) | (uint32_t{t[b]} << 16) | (uint32_t{exponentOf[largest]} << 24);
+    std::memcpy(out + i, &q, 4);
+  }
 }
 
 // The file decoder: (m + 0.5) x 2^(e - 136) in double, stored as float; an

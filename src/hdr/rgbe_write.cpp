@@ -1,4 +1,5 @@
 // Writing RGBE files from the three layouts, and the in-memory encoders.
+#include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/picture.h"
 #include "core/rgbe.h"
@@ -58,17 +59,13 @@ int32_t writeFile(const char* fileName, int32_t width, int32_t height, const typ
 
 // Red is element 2, green 1, blue 0; the mask is ignored. 8-bit values are
 // scaled by 1/255 in double and handed to the encoder as floats, so 255
-// becomes exactly 1.0f.
-inline float encoderValue(uint8_t v) { return static_cast<float>(v * k255); }
-inline float encoderValue(float v) { return v; }
-
+// becomes exactly 1.0f (rgbe_codec.h).
 template <class L>
 void toRgbe(int32_t elementCount, const typename L::Pixel* pixels, uint8_t* rgbe) {
-  forEachPixelPair(elementCount, pixels, reinterpret_cast<RgbeQuad*>(rgbe),
-                   [](const typename L::Pixel& p, RgbeQuad& q) {
-                     rgbe::encodeRounding(encoderValue(p.red), encoderValue(p.green), encoderValue(p.blue),
-                                          reinterpret_cast<uint8_t*>(&q));
-                   });
+  const size_t n = pixelsForCount(elementCount);
+  if (pixels == nullptr || rgbe == nullptr || n == 0) return;
+  const FloatEnvironment env;
+  rgbe::encodeRounding(pixels, n, reinterpret_cast<RgbeQuad*>(rgbe));
 }
 
 }  // namespace
