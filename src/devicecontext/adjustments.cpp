@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
 #include "core/picture.h"
@@ -144,15 +145,15 @@ using namespace effects;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoSaturation(void* hdc, void* hbm, int32_t amount) { return adjustRowsAs32(hdc, hbm, hdc, hbm, [amount](Pixel32* row, int32_t n) { VexoSaturation32(n * 4, row, amount); }); }
-EFFECTS_API int32_t EFFECTS_CALL VexoHue(void* hdc, void* hbm, int32_t hue) { return adjustRowsAs32(hdc, hbm, hdc, hbm, [hue](Pixel32* row, int32_t n) { VexoHue32(n, 1, row, hue); }); }
-EFFECTS_API int32_t EFFECTS_CALL VexoInvert(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t channel) { return adjustRowsAs32(hdcDest, hbmDest, hdcSrc, hbmSrc, [channel](Pixel32* row, int32_t n) { VexoInvert32(n * 4, row, channel); }); }
-EFFECTS_API int32_t EFFECTS_CALL VexoGrayScale(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t channel) { return adjustRowsAs32(hdcDest, hbmDest, hdcSrc, hbmSrc, [channel](Pixel32* row, int32_t n) { VexoGrayScale32(n * 4, row, channel); }); }
-EFFECTS_API int32_t EFFECTS_CALL VexoRGBChannelFilter(void* hdc, void* hbm, int32_t channel) { return adjustRowsAs32(hdc, hbm, hdc, hbm, [channel](Pixel32* row, int32_t n) { VexoRGBChannelFilter32(n * 4, row, channel); }); }
-EFFECTS_API int32_t EFFECTS_CALL VexoColorFilter(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t, int32_t filter, int32_t) { return colourFilter(hdcDest, hbmDest, hdcSrc, hbmSrc, filter); }
-EFFECTS_API int32_t EFFECTS_CALL VexoGamma(void* hdc, void* hbm, float gamma) { return gammaTable(hdc, hbm, gamma); }
-EFFECTS_API int32_t EFFECTS_CALL Vexofstop(void* hdc, void* hbm, double stops) { return fstop(hdc, hbm, stops); }
-EFFECTS_API int32_t EFFECTS_CALL VexoWebColour(void* hdc, void* hbm) { return inPlace(hdc, hbm, [](Pixel24& p) { p.blue = webLevel(p.blue); p.green = webLevel(p.green); p.red = webLevel(p.red); }); }
-EFFECTS_API int32_t EFFECTS_CALL VexoAntiAlias(void* hdc, void* hbm) { return adjustBitmap(hdc, hbm, hdc, hbm, [](const Picture<Pixel24>& pic) { antiAlias(pic); return true; }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoSaturation(void* hdc, void* hbm, int32_t amount) { const FloatEnvironment env; return adjustRowsAs32(hdc, hbm, hdc, hbm, [amount](Pixel32* row, int32_t n) { VexoSaturation32(n * 4, row, amount); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoHue(void* hdc, void* hbm, int32_t hue) { const FloatEnvironment env; return adjustRowsAs32(hdc, hbm, hdc, hbm, [hue](Pixel32* row, int32_t n) { VexoHue32(n, 1, row, hue); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoInvert(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t channel) { const FloatEnvironment env; return adjustRowsAs32(hdcDest, hbmDest, hdcSrc, hbmSrc, [channel](Pixel32* row, int32_t n) { VexoInvert32(n * 4, row, channel); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoGrayScale(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t channel) { const FloatEnvironment env; return adjustRowsAs32(hdcDest, hbmDest, hdcSrc, hbmSrc, [channel](Pixel32* row, int32_t n) { VexoGrayScale32(n * 4, row, channel); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoRGBChannelFilter(void* hdc, void* hbm, int32_t channel) { const FloatEnvironment env; return adjustRowsAs32(hdc, hbm, hdc, hbm, [channel](Pixel32* row, int32_t n) { VexoRGBChannelFilter32(n * 4, row, channel); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoColorFilter(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, int32_t, int32_t filter, int32_t) { const FloatEnvironment env; return colourFilter(hdcDest, hbmDest, hdcSrc, hbmSrc, filter); }
+EFFECTS_API int32_t EFFECTS_CALL VexoGamma(void* hdc, void* hbm, float gamma) { const FloatEnvironment env; return gammaTable(hdc, hbm, gamma); }
+EFFECTS_API int32_t EFFECTS_CALL Vexofstop(void* hdc, void* hbm, double stops) { const FloatEnvironment env; return fstop(hdc, hbm, stops); }
+EFFECTS_API int32_t EFFECTS_CALL VexoWebColour(void* hdc, void* hbm) { const FloatEnvironment env; return inPlace(hdc, hbm, [](Pixel24& p) { p.blue = webLevel(p.blue); p.green = webLevel(p.green); p.red = webLevel(p.red); }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoAntiAlias(void* hdc, void* hbm) { const FloatEnvironment env; return adjustBitmap(hdc, hbm, hdc, hbm, [](const Picture<Pixel24>& pic) { antiAlias(pic); return true; }); }
 
 }  // extern "C"

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/dispatch.h"
+#include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
 #include "core/picture.h"
@@ -255,19 +256,19 @@ using namespace effects;
 
 extern "C" {
 
-EFFECTS_API void EFFECTS_CALL VexoMagicWand(void* hdc, int32_t x, int32_t y, int32_t limitX, int32_t limitX2, uint32_t red, uint32_t green, uint32_t blue) { magicWand(hdc, x, y, limitX, limitX2, red, green, blue); }
+EFFECTS_API void EFFECTS_CALL VexoMagicWand(void* hdc, int32_t x, int32_t y, int32_t limitX, int32_t limitX2, uint32_t red, uint32_t green, uint32_t blue) { const FloatEnvironment env; magicWand(hdc, x, y, limitX, limitX2, red, green, blue); }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoBucket32(int32_t elementCount, Pixel32* pixels, uint32_t colour, int32_t channel) { bucket<Layout32>(elementCount, pixels, colour, channel); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoBucket64(int32_t elementCount, Pixel64* pixels, uint32_t colour, int32_t channel) { bucket<Layout64>(elementCount, pixels, colour, channel); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoBucket128(int32_t elementCount, Pixel128* pixels, uint32_t colour, int32_t channel) { bucket<Layout128>(elementCount, pixels, colour, channel); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoBucket(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, uint32_t colour, int32_t channel) { return bucketBitmap(hdcDest, hbmDest, hdcSrc, hbmSrc, colour, channel); }
+EFFECTS_API int32_t EFFECTS_CALL VexoBucket32(int32_t elementCount, Pixel32* pixels, uint32_t colour, int32_t channel) { const FloatEnvironment env; bucket<Layout32>(elementCount, pixels, colour, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBucket64(int32_t elementCount, Pixel64* pixels, uint32_t colour, int32_t channel) { const FloatEnvironment env; bucket<Layout64>(elementCount, pixels, colour, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBucket128(int32_t elementCount, Pixel128* pixels, uint32_t colour, int32_t channel) { const FloatEnvironment env; bucket<Layout128>(elementCount, pixels, colour, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBucket(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc, uint32_t colour, int32_t channel) { const FloatEnvironment env; return bucketBitmap(hdcDest, hbmDest, hdcSrc, hbmSrc, colour, channel); }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoColorMask32(int32_t width, int32_t height, Pixel32* pixels, int32_t mode, int32_t tolerance, int32_t red, int32_t green, int32_t blue) { colourMask<Layout32>(width, height, pixels, mode, tolerance, red, green, blue); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoColorMask64(int32_t width, int32_t height, Pixel64* pixels, int32_t mode, int32_t tolerance, int32_t red, int32_t green, int32_t blue) { colourMask<Layout64>(width, height, pixels, mode, tolerance, red, green, blue); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoColorMask128(int32_t width, int32_t height, Pixel128* pixels, int32_t mode, int32_t tolerance, int32_t red, int32_t green, int32_t blue) { colourMask<Layout128>(width, height, pixels, mode, tolerance, red, green, blue); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoColorMask32(int32_t width, int32_t height, Pixel32* pixels, int32_t mode, int32_t tolerance, int32_t red, int32_t green, int32_t blue) { const FloatEnvironment env; colourMask<Layout32>(width, height, pixels, mode, tolerance, red, green, blue); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoColorMask64(int32_t width, int32_t height, Pixel64* pixels, int32_t mode, int32_t tolerance, int32_t red, int32_t green, int32_t blue) { const FloatEnvironment env; colourMask<Layout64>(width, height, pixels, mode, tolerance, red, green, blue); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoColorMask128(int32_t width, int32_t height, Pixel128* pixels, int32_t mode, int32_t tolerance, int32_t red, int32_t green, int32_t blue) { const FloatEnvironment env; colourMask<Layout128>(width, height, pixels, mode, tolerance, red, green, blue); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoCropPreview32(int32_t width, int32_t height, Pixel32* pixels, int32_t left, int32_t top, int32_t right, int32_t bottom) { cropPreview(width, height, pixels, left, top, right, bottom); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoCropPreview32(int32_t width, int32_t height, Pixel32* pixels, int32_t left, int32_t top, int32_t right, int32_t bottom) { const FloatEnvironment env; cropPreview(width, height, pixels, left, top, right, bottom); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoWhiteCanvas(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc) { return whiteCanvas(hdcDest, hbmDest, hdcSrc, hbmSrc); }
+EFFECTS_API int32_t EFFECTS_CALL VexoWhiteCanvas(void* hdcDest, void* hbmDest, void* hdcSrc, void* hbmSrc) { const FloatEnvironment env; return whiteCanvas(hdcDest, hbmDest, hdcSrc, hbmSrc); }
 
 }  // extern "C"

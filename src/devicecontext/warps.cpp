@@ -7,6 +7,7 @@
 // Fourth).
 #include <cstdint>
 
+#include "core/fpenv.h"
 #include "core/picture.h"
 #include "core/scratch.h"
 #include "devicecontext/frame.h"
@@ -127,12 +128,12 @@ using namespace effects;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur(void* hdc, void* hbm) { return soften(hdc, hbm); }
-EFFECTS_API int32_t EFFECTS_CALL VexoSwirl(void* hdc, void* hbm, int32_t twist) { return warpBitmap<geometry::Swirl>(hdc, hbm, twist); }
-EFFECTS_API int32_t EFFECTS_CALL VexoTwirl(void* hdc, void* hbm, int32_t twist) { return warpBitmap<geometry::TwirlEx>(hdc, hbm, twist, twist); }
-EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx(void* hdc, void* hbm, int32_t outerTwist, int32_t innerTwist) { return warpBitmap<geometry::TwirlEx>(hdc, hbm, outerTwist, innerTwist); }
-EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves(void* hdc, void* hbm, int32_t amplitude, int32_t frequency, int32_t style) { return warpBitmap<geometry::BlockWaves>(hdc, hbm, amplitude, frequency, style); }
-EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx(void* hdc, void* hbm, int32_t amplitude, int32_t frequency) { return warpBitmap<geometry::CircularWavesEx>(hdc, hbm, amplitude, frequency); }
-EFFECTS_API int32_t EFFECTS_CALL VexoRotate2(void* hdc, void* hbm, int32_t targetWidth, int32_t targetHeight, float angle) { return rotate(hdc, hbm, targetWidth, targetHeight, angle); }
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur(void* hdc, void* hbm) { const FloatEnvironment env; return soften(hdc, hbm); }
+EFFECTS_API int32_t EFFECTS_CALL VexoSwirl(void* hdc, void* hbm, int32_t twist) { const FloatEnvironment env; return warpBitmap<geometry::Swirl>(hdc, hbm, twist); }
+EFFECTS_API int32_t EFFECTS_CALL VexoTwirl(void* hdc, void* hbm, int32_t twist) { const FloatEnvironment env; return warpBitmap<geometry::TwirlEx>(hdc, hbm, twist, twist); }
+EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx(void* hdc, void* hbm, int32_t outerTwist, int32_t innerTwist) { const FloatEnvironment env; return warpBitmap<geometry::TwirlEx>(hdc, hbm, outerTwist, innerTwist); }
+EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves(void* hdc, void* hbm, int32_t amplitude, int32_t frequency, int32_t style) { const FloatEnvironment env; return warpBitmap<geometry::BlockWaves>(hdc, hbm, amplitude, frequency, style); }
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx(void* hdc, void* hbm, int32_t amplitude, int32_t frequency) { const FloatEnvironment env; return warpBitmap<geometry::CircularWavesEx>(hdc, hbm, amplitude, frequency); }
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate2(void* hdc, void* hbm, int32_t targetWidth, int32_t targetHeight, float angle) { const FloatEnvironment env; return rotate(hdc, hbm, targetWidth, targetHeight, angle); }
 
 }  // extern "C"

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "core/dispatch.h"
+#include "core/fpenv.h"
 #include "filters/soften.h"
 
 #if defined(__SSE2__)
@@ -448,24 +449,24 @@ using namespace effects::filters;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur32(int32_t width, int32_t height, Pixel32* pixels) { soften<Which::All>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur64(int32_t width, int32_t height, Pixel64* pixels) { soften<Which::All>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur128(int32_t width, int32_t height, Pixel128* pixels) { soften<Which::All>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur32(int32_t width, int32_t height, Pixel32* pixels) { const FloatEnvironment env; soften<Which::All>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur64(int32_t width, int32_t height, Pixel64* pixels) { const FloatEnvironment env; soften<Which::All>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur128(int32_t width, int32_t height, Pixel128* pixels) { const FloatEnvironment env; soften<Which::All>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoPostBlurMask32(int32_t width, int32_t height, Pixel32* pixels) { soften<Which::Mask>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPostBlurMask64(int32_t width, int32_t height, Pixel64* pixels) { soften<Which::Mask>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPostBlurMask128(int32_t width, int32_t height, Pixel128* pixels) { soften<Which::Mask>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlurMask32(int32_t width, int32_t height, Pixel32* pixels) { const FloatEnvironment env; soften<Which::Mask>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlurMask64(int32_t width, int32_t height, Pixel64* pixels) { const FloatEnvironment env; soften<Which::Mask>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPostBlurMask128(int32_t width, int32_t height, Pixel128* pixels) { const FloatEnvironment env; soften<Which::Mask>(packedPicture(width, height, pixels), ScratchSlot::First); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoGlowBlur32(int32_t width, int32_t height, Pixel32* pixels) { glowBlur<Layout32>(packedPicture(width, height, pixels)); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoGlowBlur64(int32_t width, int32_t height, Pixel64* pixels) { glowBlur<Layout64>(packedPicture(width, height, pixels)); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoGlowBlur128(int32_t width, int32_t height, Pixel128* pixels) { glowBlur<Layout128>(packedPicture(width, height, pixels)); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoGlowBlur32(int32_t width, int32_t height, Pixel32* pixels) { const FloatEnvironment env; glowBlur<Layout32>(packedPicture(width, height, pixels)); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoGlowBlur64(int32_t width, int32_t height, Pixel64* pixels) { const FloatEnvironment env; glowBlur<Layout64>(packedPicture(width, height, pixels)); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoGlowBlur128(int32_t width, int32_t height, Pixel128* pixels) { const FloatEnvironment env; glowBlur<Layout128>(packedPicture(width, height, pixels)); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoMatteBlur32(int32_t width, int32_t height, Pixel32* pixels, int32_t radius, int32_t threshold, int32_t useThreshold) { matteBlur<Layout32>(packedPicture(width, height, pixels), radius, threshold, useThreshold); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoMatteBlur64(int32_t width, int32_t height, Pixel64* pixels, int32_t radius, int32_t threshold, int32_t useThreshold) { matteBlur<Layout64>(packedPicture(width, height, pixels), radius, threshold, useThreshold); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoMatteBlur128(int32_t width, int32_t height, Pixel128* pixels, int32_t radius, int32_t threshold, int32_t useThreshold) { matteBlur<Layout128>(packedPicture(width, height, pixels), radius, threshold, useThreshold); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMatteBlur32(int32_t width, int32_t height, Pixel32* pixels, int32_t radius, int32_t threshold, int32_t useThreshold) { const FloatEnvironment env; matteBlur<Layout32>(packedPicture(width, height, pixels), radius, threshold, useThreshold); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMatteBlur64(int32_t width, int32_t height, Pixel64* pixels, int32_t radius, int32_t threshold, int32_t useThreshold) { const FloatEnvironment env; matteBlur<Layout64>(packedPicture(width, height, pixels), radius, threshold, useThreshold); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMatteBlur128(int32_t width, int32_t height, Pixel128* pixels, int32_t radius, int32_t threshold, int32_t useThreshold) { const FloatEnvironment env; matteBlur<Layout128>(packedPicture(width, height, pixels), radius, threshold, useThreshold); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoBlooming32(int32_t width, int32_t height, Pixel32* pixels, int32_t passes) { blooming<Layout32>(packedPicture(width, height, pixels), passes); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoBlooming64(int32_t width, int32_t height, Pixel64* pixels, int32_t passes) { blooming<Layout64>(packedPicture(width, height, pixels), passes); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoBlooming128(int32_t width, int32_t height, Pixel128* pixels, int32_t passes) { blooming<Layout128>(packedPicture(width, height, pixels), passes); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBlooming32(int32_t width, int32_t height, Pixel32* pixels, int32_t passes) { const FloatEnvironment env; blooming<Layout32>(packedPicture(width, height, pixels), passes); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBlooming64(int32_t width, int32_t height, Pixel64* pixels, int32_t passes) { const FloatEnvironment env; blooming<Layout64>(packedPicture(width, height, pixels), passes); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBlooming128(int32_t width, int32_t height, Pixel128* pixels, int32_t passes) { const FloatEnvironment env; blooming<Layout128>(packedPicture(width, height, pixels), passes); return 0; }
 
 }  // extern "C"

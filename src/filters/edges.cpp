@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "core/fpenv.h"
 #include "filters/neighbourhood.h"
 #include "filters/sharpen.h"
 
@@ -212,20 +213,20 @@ using namespace effects::filters;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoEmboss32(int32_t width, int32_t height, Pixel32* pixels, int32_t depth) { emboss<Layout32>(packedPicture(width, height, pixels), depth); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoEmboss64(int32_t width, int32_t height, Pixel64* pixels, int32_t depth) { emboss<Layout64>(packedPicture(width, height, pixels), depth); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoEmboss128(int32_t width, int32_t height, Pixel128* pixels, int32_t depth) { emboss<Layout128>(packedPicture(width, height, pixels), depth); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoEmboss32(int32_t width, int32_t height, Pixel32* pixels, int32_t depth) { const FloatEnvironment env; emboss<Layout32>(packedPicture(width, height, pixels), depth); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoEmboss64(int32_t width, int32_t height, Pixel64* pixels, int32_t depth) { const FloatEnvironment env; emboss<Layout64>(packedPicture(width, height, pixels), depth); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoEmboss128(int32_t width, int32_t height, Pixel128* pixels, int32_t depth) { const FloatEnvironment env; emboss<Layout128>(packedPicture(width, height, pixels), depth); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoFindEdges32(int32_t width, int32_t height, Pixel32* pixels, int32_t gain, int32_t step) { edges<Layout32, true, true>(packedPicture(width, height, pixels), gain, step); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoFindEdges64(int32_t width, int32_t height, Pixel64* pixels, int32_t gain, int32_t step) { edges<Layout64, true, true>(packedPicture(width, height, pixels), gain, step); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoFindEdges128(int32_t width, int32_t height, Pixel128* pixels, int32_t gain, int32_t step) { edges<Layout128, true, true>(packedPicture(width, height, pixels), gain, step); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoFindEdges32(int32_t width, int32_t height, Pixel32* pixels, int32_t gain, int32_t step) { const FloatEnvironment env; edges<Layout32, true, true>(packedPicture(width, height, pixels), gain, step); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoFindEdges64(int32_t width, int32_t height, Pixel64* pixels, int32_t gain, int32_t step) { const FloatEnvironment env; edges<Layout64, true, true>(packedPicture(width, height, pixels), gain, step); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoFindEdges128(int32_t width, int32_t height, Pixel128* pixels, int32_t gain, int32_t step) { const FloatEnvironment env; edges<Layout128, true, true>(packedPicture(width, height, pixels), gain, step); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoNeon32(int32_t width, int32_t height, Pixel32* pixels, int32_t gain, int32_t step) { edges<Layout32, false, true>(packedPicture(width, height, pixels), gain, step); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoNeon64(int32_t width, int32_t height, Pixel64* pixels, int32_t gain, int32_t step) { edges<Layout64, false, true>(packedPicture(width, height, pixels), gain, step); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoNeon128(int32_t width, int32_t height, Pixel128* pixels, int32_t gain, int32_t step) { edges<Layout128, false, true>(packedPicture(width, height, pixels), gain, step); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoNeon32(int32_t width, int32_t height, Pixel32* pixels, int32_t gain, int32_t step) { const FloatEnvironment env; edges<Layout32, false, true>(packedPicture(width, height, pixels), gain, step); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoNeon64(int32_t width, int32_t height, Pixel64* pixels, int32_t gain, int32_t step) { const FloatEnvironment env; edges<Layout64, false, true>(packedPicture(width, height, pixels), gain, step); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoNeon128(int32_t width, int32_t height, Pixel128* pixels, int32_t gain, int32_t step) { const FloatEnvironment env; edges<Layout128, false, true>(packedPicture(width, height, pixels), gain, step); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoLining32(int32_t width, int32_t height, Pixel32* pixels, int32_t redFactor, int32_t greenFactor, int32_t blueFactor) { lining<Layout32>(packedPicture(width, height, pixels), redFactor, greenFactor, blueFactor); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoLining64(int32_t width, int32_t height, Pixel64* pixels, int32_t redFactor, int32_t greenFactor, int32_t blueFactor) { lining<Layout64>(packedPicture(width, height, pixels), redFactor, greenFactor, blueFactor); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoLining128(int32_t width, int32_t height, Pixel128* pixels, int32_t redFactor, int32_t greenFactor, int32_t blueFactor) { lining<Layout128>(packedPicture(width, height, pixels), redFactor, greenFactor, blueFactor); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoLining32(int32_t width, int32_t height, Pixel32* pixels, int32_t redFactor, int32_t greenFactor, int32_t blueFactor) { const FloatEnvironment env; lining<Layout32>(packedPicture(width, height, pixels), redFactor, greenFactor, blueFactor); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoLining64(int32_t width, int32_t height, Pixel64* pixels, int32_t redFactor, int32_t greenFactor, int32_t blueFactor) { const FloatEnvironment env; lining<Layout64>(packedPicture(width, height, pixels), redFactor, greenFactor, blueFactor); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoLining128(int32_t width, int32_t height, Pixel128* pixels, int32_t redFactor, int32_t greenFactor, int32_t blueFactor) { const FloatEnvironment env; lining<Layout128>(packedPicture(width, height, pixels), redFactor, greenFactor, blueFactor); return 0; }
 
 }  // extern "C"

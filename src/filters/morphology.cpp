@@ -4,6 +4,7 @@
 // outermost rows and columns keep their values.
 #include <limits>
 
+#include "core/fpenv.h"
 #include "filters/sharpen.h"
 #include "filters/simd.h"
 
@@ -162,24 +163,24 @@ using namespace effects::filters;
 
 extern "C" {
 
-EFFECTS_API uint32_t EFFECTS_CALL VexoDilater32(uint32_t width, uint32_t height, Pixel32* pixels) { return morph<Layout32, Which::Colour, Reduce::Maximum>(width, height, pixels); }
-EFFECTS_API uint32_t EFFECTS_CALL VexoDilater64(uint32_t width, uint32_t height, Pixel64* pixels) { return morph<Layout64, Which::Colour, Reduce::Maximum>(width, height, pixels); }
-EFFECTS_API uint32_t EFFECTS_CALL VexoDilater128(uint32_t width, uint32_t height, Pixel128* pixels) { return morph<Layout128, Which::Colour, Reduce::Maximum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoDilater32(uint32_t width, uint32_t height, Pixel32* pixels) { const FloatEnvironment env; return morph<Layout32, Which::Colour, Reduce::Maximum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoDilater64(uint32_t width, uint32_t height, Pixel64* pixels) { const FloatEnvironment env; return morph<Layout64, Which::Colour, Reduce::Maximum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoDilater128(uint32_t width, uint32_t height, Pixel128* pixels) { const FloatEnvironment env; return morph<Layout128, Which::Colour, Reduce::Maximum>(width, height, pixels); }
 
-EFFECTS_API uint32_t EFFECTS_CALL VexoDilaterMask32(uint32_t width, uint32_t height, Pixel32* pixels) { return morph<Layout32, Which::Mask, Reduce::Maximum>(width, height, pixels); }
-EFFECTS_API uint32_t EFFECTS_CALL VexoDilaterMask64(uint32_t width, uint32_t height, Pixel64* pixels) { return morph<Layout64, Which::Mask, Reduce::Maximum>(width, height, pixels); }
-EFFECTS_API uint32_t EFFECTS_CALL VexoDilaterMask128(uint32_t width, uint32_t height, Pixel128* pixels) { return morph<Layout128, Which::Mask, Reduce::Maximum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoDilaterMask32(uint32_t width, uint32_t height, Pixel32* pixels) { const FloatEnvironment env; return morph<Layout32, Which::Mask, Reduce::Maximum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoDilaterMask64(uint32_t width, uint32_t height, Pixel64* pixels) { const FloatEnvironment env; return morph<Layout64, Which::Mask, Reduce::Maximum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoDilaterMask128(uint32_t width, uint32_t height, Pixel128* pixels) { const FloatEnvironment env; return morph<Layout128, Which::Mask, Reduce::Maximum>(width, height, pixels); }
 
-EFFECTS_API uint32_t EFFECTS_CALL VexoEroder32(uint32_t width, uint32_t height, Pixel32* pixels) { return morph<Layout32, Which::Colour, Reduce::Minimum>(width, height, pixels); }
-EFFECTS_API uint32_t EFFECTS_CALL VexoEroder64(uint32_t width, uint32_t height, Pixel64* pixels) { return morph<Layout64, Which::Colour, Reduce::Minimum>(width, height, pixels); }
-EFFECTS_API uint32_t EFFECTS_CALL VexoEroder128(uint32_t width, uint32_t height, Pixel128* pixels) { return morph<Layout128, Which::Colour, Reduce::Minimum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoEroder32(uint32_t width, uint32_t height, Pixel32* pixels) { const FloatEnvironment env; return morph<Layout32, Which::Colour, Reduce::Minimum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoEroder64(uint32_t width, uint32_t height, Pixel64* pixels) { const FloatEnvironment env; return morph<Layout64, Which::Colour, Reduce::Minimum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoEroder128(uint32_t width, uint32_t height, Pixel128* pixels) { const FloatEnvironment env; return morph<Layout128, Which::Colour, Reduce::Minimum>(width, height, pixels); }
 
-EFFECTS_API uint32_t EFFECTS_CALL VexoEroderMask32(uint32_t width, uint32_t height, Pixel32* pixels) { return morph<Layout32, Which::Mask, Reduce::Minimum>(width, height, pixels); }
-EFFECTS_API uint32_t EFFECTS_CALL VexoEroderMask64(uint32_t width, uint32_t height, Pixel64* pixels) { return morph<Layout64, Which::Mask, Reduce::Minimum>(width, height, pixels); }
-EFFECTS_API uint32_t EFFECTS_CALL VexoEroderMask128(uint32_t width, uint32_t height, Pixel128* pixels) { return morph<Layout128, Which::Mask, Reduce::Minimum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoEroderMask32(uint32_t width, uint32_t height, Pixel32* pixels) { const FloatEnvironment env; return morph<Layout32, Which::Mask, Reduce::Minimum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoEroderMask64(uint32_t width, uint32_t height, Pixel64* pixels) { const FloatEnvironment env; return morph<Layout64, Which::Mask, Reduce::Minimum>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoEroderMask128(uint32_t width, uint32_t height, Pixel128* pixels) { const FloatEnvironment env; return morph<Layout128, Which::Mask, Reduce::Minimum>(width, height, pixels); }
 
-EFFECTS_API uint32_t EFFECTS_CALL VexoCContour32(uint32_t width, uint32_t height, Pixel32* pixels) { return morph<Layout32, Which::Colour, Reduce::Contour>(width, height, pixels); }
-EFFECTS_API uint32_t EFFECTS_CALL VexoCContour64(uint32_t width, uint32_t height, Pixel64* pixels) { return morph<Layout64, Which::Colour, Reduce::Contour>(width, height, pixels); }
-EFFECTS_API uint32_t EFFECTS_CALL VexoCContour128(uint32_t width, uint32_t height, Pixel128* pixels) { return morph<Layout128, Which::Colour, Reduce::Contour>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoCContour32(uint32_t width, uint32_t height, Pixel32* pixels) { const FloatEnvironment env; return morph<Layout32, Which::Colour, Reduce::Contour>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoCContour64(uint32_t width, uint32_t height, Pixel64* pixels) { const FloatEnvironment env; return morph<Layout64, Which::Colour, Reduce::Contour>(width, height, pixels); }
+EFFECTS_API uint32_t EFFECTS_CALL VexoCContour128(uint32_t width, uint32_t height, Pixel128* pixels) { const FloatEnvironment env; return morph<Layout128, Which::Colour, Reduce::Contour>(width, height, pixels); }
 
 }  // extern "C"

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "core/fpenv.h"
 #include "filters/angles.h"
 #include "filters/neighbourhood.h"
 
@@ -121,16 +122,16 @@ using namespace effects::filters;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoMotionBlur32(int32_t width, int32_t height, Pixel32* pixels, double angle, int32_t distance) { motionBlur<Layout32>(packedPicture(width, height, pixels), angle, distance); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoMotionBlur64(int32_t width, int32_t height, Pixel64* pixels, double angle, int32_t distance) { motionBlur<Layout64>(packedPicture(width, height, pixels), angle, distance); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoMotionBlur128(int32_t width, int32_t height, Pixel128* pixels, double angle, int32_t distance) { motionBlur<Layout128>(packedPicture(width, height, pixels), angle, distance); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMotionBlur32(int32_t width, int32_t height, Pixel32* pixels, double angle, int32_t distance) { const FloatEnvironment env; motionBlur<Layout32>(packedPicture(width, height, pixels), angle, distance); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMotionBlur64(int32_t width, int32_t height, Pixel64* pixels, double angle, int32_t distance) { const FloatEnvironment env; motionBlur<Layout64>(packedPicture(width, height, pixels), angle, distance); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMotionBlur128(int32_t width, int32_t height, Pixel128* pixels, double angle, int32_t distance) { const FloatEnvironment env; motionBlur<Layout128>(packedPicture(width, height, pixels), angle, distance); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoZoomBlur32(int32_t width, int32_t height, Pixel32* pixels, int32_t strength) { zoomBlur<Layout32>(packedPicture(width, height, pixels), strength); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoZoomBlur64(int32_t width, int32_t height, Pixel64* pixels, int32_t strength) { zoomBlur<Layout64>(packedPicture(width, height, pixels), strength); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoZoomBlur128(int32_t width, int32_t height, Pixel128* pixels, int32_t strength) { zoomBlur<Layout128>(packedPicture(width, height, pixels), strength); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoZoomBlur32(int32_t width, int32_t height, Pixel32* pixels, int32_t strength) { const FloatEnvironment env; zoomBlur<Layout32>(packedPicture(width, height, pixels), strength); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoZoomBlur64(int32_t width, int32_t height, Pixel64* pixels, int32_t strength) { const FloatEnvironment env; zoomBlur<Layout64>(packedPicture(width, height, pixels), strength); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoZoomBlur128(int32_t width, int32_t height, Pixel128* pixels, int32_t strength) { const FloatEnvironment env; zoomBlur<Layout128>(packedPicture(width, height, pixels), strength); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoRadialBlur32(int32_t width, int32_t height, Pixel32* pixels, int32_t spread) { radialBlur<Layout32>(packedPicture(width, height, pixels), spread); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoRadialBlur64(int32_t width, int32_t height, Pixel64* pixels, int32_t spread) { radialBlur<Layout64>(packedPicture(width, height, pixels), spread); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoRadialBlur128(int32_t width, int32_t height, Pixel128* pixels, int32_t spread) { radialBlur<Layout128>(packedPicture(width, height, pixels), spread); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRadialBlur32(int32_t width, int32_t height, Pixel32* pixels, int32_t spread) { const FloatEnvironment env; radialBlur<Layout32>(packedPicture(width, height, pixels), spread); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRadialBlur64(int32_t width, int32_t height, Pixel64* pixels, int32_t spread) { const FloatEnvironment env; radialBlur<Layout64>(packedPicture(width, height, pixels), spread); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRadialBlur128(int32_t width, int32_t height, Pixel128* pixels, int32_t spread) { const FloatEnvironment env; radialBlur<Layout128>(packedPicture(width, height, pixels), spread); return 0; }
 
 }  // extern "C"

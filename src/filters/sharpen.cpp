@@ -3,6 +3,7 @@
 #include "filters/sharpen.h"
 
 #include "core/dispatch.h"
+#include "core/fpenv.h"
 #include <cstring>
 
 #include "filters/neighbourhood.h"
@@ -186,16 +187,16 @@ using namespace effects::filters;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoSharpen32(int32_t width, int32_t height, Pixel32* pixels, double amount) { sharpen<Layout32, Which::Colour>(packedPicture(width, height, pixels), amount); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSharpen64(int32_t width, int32_t height, Pixel64* pixels, double amount) { sharpen<Layout64, Which::Colour>(packedPicture(width, height, pixels), amount); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSharpen128(int32_t width, int32_t height, Pixel128* pixels, double amount) { sharpen<Layout128, Which::Colour>(packedPicture(width, height, pixels), amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSharpen32(int32_t width, int32_t height, Pixel32* pixels, double amount) { const FloatEnvironment env; sharpen<Layout32, Which::Colour>(packedPicture(width, height, pixels), amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSharpen64(int32_t width, int32_t height, Pixel64* pixels, double amount) { const FloatEnvironment env; sharpen<Layout64, Which::Colour>(packedPicture(width, height, pixels), amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSharpen128(int32_t width, int32_t height, Pixel128* pixels, double amount) { const FloatEnvironment env; sharpen<Layout128, Which::Colour>(packedPicture(width, height, pixels), amount); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoSharpenMask32(int32_t width, int32_t height, Pixel32* pixels, double amount) { sharpen<Layout32, Which::Mask>(packedPicture(width, height, pixels), amount); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSharpenMask64(int32_t width, int32_t height, Pixel64* pixels, double amount) { sharpen<Layout64, Which::Mask>(packedPicture(width, height, pixels), amount); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSharpenMask128(int32_t width, int32_t height, Pixel128* pixels, double amount) { sharpen<Layout128, Which::Mask>(packedPicture(width, height, pixels), amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSharpenMask32(int32_t width, int32_t height, Pixel32* pixels, double amount) { const FloatEnvironment env; sharpen<Layout32, Which::Mask>(packedPicture(width, height, pixels), amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSharpenMask64(int32_t width, int32_t height, Pixel64* pixels, double amount) { const FloatEnvironment env; sharpen<Layout64, Which::Mask>(packedPicture(width, height, pixels), amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSharpenMask128(int32_t width, int32_t height, Pixel128* pixels, double amount) { const FloatEnvironment env; sharpen<Layout128, Which::Mask>(packedPicture(width, height, pixels), amount); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoUnsharpMask32(int32_t width, int32_t height, Pixel32* pixels, int32_t radius, double amount) { unsharpMask<Layout32>(packedPicture(width, height, pixels), radius, amount); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoUnsharpMask64(int32_t width, int32_t height, Pixel64* pixels, int32_t radius, double amount) { unsharpMask<Layout64>(packedPicture(width, height, pixels), radius, amount); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoUnsharpMask128(int32_t width, int32_t height, Pixel128* pixels, int32_t radius, double amount) { unsharpMask<Layout128>(packedPicture(width, height, pixels), radius, amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoUnsharpMask32(int32_t width, int32_t height, Pixel32* pixels, int32_t radius, double amount) { const FloatEnvironment env; unsharpMask<Layout32>(packedPicture(width, height, pixels), radius, amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoUnsharpMask64(int32_t width, int32_t height, Pixel64* pixels, int32_t radius, double amount) { const FloatEnvironment env; unsharpMask<Layout64>(packedPicture(width, height, pixels), radius, amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoUnsharpMask128(int32_t width, int32_t height, Pixel128* pixels, int32_t radius, double amount) { const FloatEnvironment env; unsharpMask<Layout128>(packedPicture(width, height, pixels), radius, amount); return 0; }
 
 }  // extern "C"

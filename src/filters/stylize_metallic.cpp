@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/fpenv.h"
 #include "core/scratch.h"
 #include "filters/stylize.h"
 
@@ -66,7 +67,7 @@ using namespace effects;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoMetallic32(int32_t w, int32_t h, Pixel32* px, int32_t bands, int32_t sheen) { metallic<Layout32>(w, h, px, bands, sheen); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoMetallic64(int32_t w, int32_t h, Pixel64* px, int32_t bands, int32_t sheen) { metallic<Layout64>(w, h, px, bands, sheen); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMetallic32(int32_t w, int32_t h, Pixel32* px, int32_t bands, int32_t sheen) { const FloatEnvironment env; metallic<Layout32>(w, h, px, bands, sheen); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMetallic64(int32_t w, int32_t h, Pixel64* px, int32_t bands, int32_t sheen) { const FloatEnvironment env; metallic<Layout64>(w, h, px, bands, sheen); return 0; }
 
 }  // extern "C"

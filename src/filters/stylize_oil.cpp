@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "core/fpenv.h"
 #include "core/scratch.h"
 #include "filters/stylize.h"
 #include "filters/stylize_oil.h"
@@ -119,8 +120,8 @@ using namespace effects;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint32(int32_t w, int32_t h, Pixel32* px, int32_t brushSize, int32_t levels) { oilPaint<Layout32>(w, h, px, brushSize, levels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint64(int32_t w, int32_t h, Pixel64* px, int32_t brushSize, int32_t levels) { oilPaint<Layout64>(w, h, px, brushSize, levels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint128(int32_t w, int32_t h, Pixel128* px, int32_t brushSize, int32_t levels) { oilPaint<Layout128>(w, h, px, brushSize, levels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint32(int32_t w, int32_t h, Pixel32* px, int32_t brushSize, int32_t levels) { const FloatEnvironment env; oilPaint<Layout32>(w, h, px, brushSize, levels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint64(int32_t w, int32_t h, Pixel64* px, int32_t brushSize, int32_t levels) { const FloatEnvironment env; oilPaint<Layout64>(w, h, px, brushSize, levels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoOilPaint128(int32_t w, int32_t h, Pixel128* px, int32_t brushSize, int32_t levels) { const FloatEnvironment env; oilPaint<Layout128>(w, h, px, brushSize, levels); return 0; }
 
 }  // extern "C"

@@ -3,6 +3,7 @@
 // ghosting effects and the diagonal relief.
 #include <type_traits>
 
+#include "core/fpenv.h"
 #include "filters/stylize.h"
 #include "filters/stylize_simd.h"
 
@@ -234,42 +235,42 @@ using namespace effects;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoPixelizer32(int32_t w, int32_t h, Pixel32* px, int32_t r, int32_t g, int32_t b) { pixelizer<Layout32>(w, h, px, r, g, b); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPixelizer64(int32_t w, int32_t h, Pixel64* px, int32_t r, int32_t g, int32_t b) { pixelizer<Layout64>(w, h, px, r, g, b); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPixelizer128(int32_t w, int32_t h, Pixel128* px, int32_t r, int32_t g, int32_t b) { pixelizer<Layout128>(w, h, px, r, g, b); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelizer32(int32_t w, int32_t h, Pixel32* px, int32_t r, int32_t g, int32_t b) { const FloatEnvironment env; pixelizer<Layout32>(w, h, px, r, g, b); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelizer64(int32_t w, int32_t h, Pixel64* px, int32_t r, int32_t g, int32_t b) { const FloatEnvironment env; pixelizer<Layout64>(w, h, px, r, g, b); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelizer128(int32_t w, int32_t h, Pixel128* px, int32_t r, int32_t g, int32_t b) { const FloatEnvironment env; pixelizer<Layout128>(w, h, px, r, g, b); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoMonitor32(int32_t w, int32_t h, Pixel32* px) { monitor<Layout32>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoMonitor64(int32_t w, int32_t h, Pixel64* px) { monitor<Layout64>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoMonitor128(int32_t w, int32_t h, Pixel128* px) { monitor<Layout128>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMonitor32(int32_t w, int32_t h, Pixel32* px) { const FloatEnvironment env; monitor<Layout32>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMonitor64(int32_t w, int32_t h, Pixel64* px) { const FloatEnvironment env; monitor<Layout64>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMonitor128(int32_t w, int32_t h, Pixel128* px) { const FloatEnvironment env; monitor<Layout128>(w, h, px); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay332(int32_t w, int32_t h, Pixel32* px) { digitalDisplay<Layout32, 3>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay364(int32_t w, int32_t h, Pixel64* px) { digitalDisplay<Layout64, 3>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay3128(int32_t w, int32_t h, Pixel128* px) { digitalDisplay<Layout128, 3>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay432(int32_t w, int32_t h, Pixel32* px) { digitalDisplay<Layout32, 4>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay464(int32_t w, int32_t h, Pixel64* px) { digitalDisplay<Layout64, 4>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay4128(int32_t w, int32_t h, Pixel128* px) { digitalDisplay<Layout128, 4>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay532(int32_t w, int32_t h, Pixel32* px) { digitalDisplay<Layout32, 5>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay564(int32_t w, int32_t h, Pixel64* px) { digitalDisplay<Layout64, 5>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay5128(int32_t w, int32_t h, Pixel128* px) { digitalDisplay<Layout128, 5>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay332(int32_t w, int32_t h, Pixel32* px) { const FloatEnvironment env; digitalDisplay<Layout32, 3>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay364(int32_t w, int32_t h, Pixel64* px) { const FloatEnvironment env; digitalDisplay<Layout64, 3>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay3128(int32_t w, int32_t h, Pixel128* px) { const FloatEnvironment env; digitalDisplay<Layout128, 3>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay432(int32_t w, int32_t h, Pixel32* px) { const FloatEnvironment env; digitalDisplay<Layout32, 4>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay464(int32_t w, int32_t h, Pixel64* px) { const FloatEnvironment env; digitalDisplay<Layout64, 4>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay4128(int32_t w, int32_t h, Pixel128* px) { const FloatEnvironment env; digitalDisplay<Layout128, 4>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay532(int32_t w, int32_t h, Pixel32* px) { const FloatEnvironment env; digitalDisplay<Layout32, 5>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay564(int32_t w, int32_t h, Pixel64* px) { const FloatEnvironment env; digitalDisplay<Layout64, 5>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDigitalDisplay5128(int32_t w, int32_t h, Pixel128* px) { const FloatEnvironment env; digitalDisplay<Layout128, 5>(w, h, px); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoThachet32(int32_t w, int32_t h, Pixel32* px, int32_t) { thatch<Layout32>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoThachet64(int32_t w, int32_t h, Pixel64* px, int32_t) { thatch<Layout64>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoThachet128(int32_t w, int32_t h, Pixel128* px, int32_t) { thatch<Layout128>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoThachet32(int32_t w, int32_t h, Pixel32* px, int32_t) { const FloatEnvironment env; thatch<Layout32>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoThachet64(int32_t w, int32_t h, Pixel64* px, int32_t) { const FloatEnvironment env; thatch<Layout64>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoThachet128(int32_t w, int32_t h, Pixel128* px, int32_t) { const FloatEnvironment env; thatch<Layout128>(w, h, px); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoBacterial32(int32_t w, int32_t h, Pixel32* px, int32_t mode, int32_t channel) { bacterial<Layout32>(w, h, px, mode, channel); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoBacterial64(int32_t w, int32_t h, Pixel64* px, int32_t mode, int32_t channel) { bacterial<Layout64>(w, h, px, mode, channel); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoBacterial128(int32_t w, int32_t h, Pixel128* px, int32_t mode, int32_t channel) { bacterial<Layout128>(w, h, px, mode, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBacterial32(int32_t w, int32_t h, Pixel32* px, int32_t mode, int32_t channel) { const FloatEnvironment env; bacterial<Layout32>(w, h, px, mode, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBacterial64(int32_t w, int32_t h, Pixel64* px, int32_t mode, int32_t channel) { const FloatEnvironment env; bacterial<Layout64>(w, h, px, mode, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBacterial128(int32_t w, int32_t h, Pixel128* px, int32_t mode, int32_t channel) { const FloatEnvironment env; bacterial<Layout128>(w, h, px, mode, channel); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL Vexo3DGoggles32(int32_t w, int32_t h, Pixel32* px) { goggles<Layout32>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL Vexo3DGoggles64(int32_t w, int32_t h, Pixel64* px) { goggles<Layout64>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL Vexo3DGoggles128(int32_t w, int32_t h, Pixel128* px) { goggles<Layout128>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL Vexo3DGoggles32(int32_t w, int32_t h, Pixel32* px) { const FloatEnvironment env; goggles<Layout32>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL Vexo3DGoggles64(int32_t w, int32_t h, Pixel64* px) { const FloatEnvironment env; goggles<Layout64>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL Vexo3DGoggles128(int32_t w, int32_t h, Pixel128* px) { const FloatEnvironment env; goggles<Layout128>(w, h, px); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoDoubleVision32(int32_t w, int32_t h, Pixel32* px) { doubleVision<Layout32>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDoubleVision64(int32_t w, int32_t h, Pixel64* px) { doubleVision<Layout64>(w, h, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDoubleVision128(int32_t w, int32_t h, Pixel128* px) { doubleVision<Layout128>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDoubleVision32(int32_t w, int32_t h, Pixel32* px) { const FloatEnvironment env; doubleVision<Layout32>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDoubleVision64(int32_t w, int32_t h, Pixel64* px) { const FloatEnvironment env; doubleVision<Layout64>(w, h, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDoubleVision128(int32_t w, int32_t h, Pixel128* px) { const FloatEnvironment env; doubleVision<Layout128>(w, h, px); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoRoughen32(int32_t w, int32_t h, Pixel32* px, int32_t amount, int32_t divisor) { roughen<Layout32>(w, h, px, amount, divisor); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoRoughen64(int32_t w, int32_t h, Pixel64* px, int32_t amount, int32_t divisor) { roughen<Layout64>(w, h, px, amount, divisor); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoRoughen128(int32_t w, int32_t h, Pixel128* px, int32_t amount, int32_t divisor) { roughen<Layout128>(w, h, px, amount, divisor); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRoughen32(int32_t w, int32_t h, Pixel32* px, int32_t amount, int32_t divisor) { const FloatEnvironment env; roughen<Layout32>(w, h, px, amount, divisor); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRoughen64(int32_t w, int32_t h, Pixel64* px, int32_t amount, int32_t divisor) { const FloatEnvironment env; roughen<Layout64>(w, h, px, amount, divisor); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRoughen128(int32_t w, int32_t h, Pixel128* px, int32_t amount, int32_t divisor) { const FloatEnvironment env; roughen<Layout128>(w, h, px, amount, divisor); return 0; }
 
 }  // extern "C"

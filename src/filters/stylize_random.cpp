@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/fpenv.h"
 #include "core/scratch.h"
 #include "filters/stylize.h"
 
@@ -204,19 +205,19 @@ using namespace effects;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoPixelNoise32(int32_t w, int32_t h, Pixel32* px, int32_t count, int32_t r, int32_t g, int32_t b) { pixelNoise<Layout32>(w, h, px, count, r, g, b); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPixelNoise64(int32_t w, int32_t h, Pixel64* px, int32_t count, int32_t r, int32_t g, int32_t b) { pixelNoise<Layout64>(w, h, px, count, r, g, b); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPixelNoise128(int32_t w, int32_t h, Pixel128* px, int32_t count, int32_t r, int32_t g, int32_t b) { pixelNoise<Layout128>(w, h, px, count, r, g, b); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelNoise32(int32_t w, int32_t h, Pixel32* px, int32_t count, int32_t r, int32_t g, int32_t b) { const FloatEnvironment env; pixelNoise<Layout32>(w, h, px, count, r, g, b); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelNoise64(int32_t w, int32_t h, Pixel64* px, int32_t count, int32_t r, int32_t g, int32_t b) { const FloatEnvironment env; pixelNoise<Layout64>(w, h, px, count, r, g, b); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPixelNoise128(int32_t w, int32_t h, Pixel128* px, int32_t count, int32_t r, int32_t g, int32_t b) { const FloatEnvironment env; pixelNoise<Layout128>(w, h, px, count, r, g, b); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoDiffuse32(int32_t w, int32_t h, Pixel32* px, int32_t spread, int32_t r, int32_t g, int32_t b) { diffuse<Layout32>(w, h, px, spread, r, g, b); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDiffuse64(int32_t w, int32_t h, Pixel64* px, int32_t spread, int32_t r, int32_t g, int32_t b) { diffuse<Layout64>(w, h, px, spread, r, g, b); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoDiffuse128(int32_t w, int32_t h, Pixel128* px, int32_t spread, int32_t r, int32_t g, int32_t b) { diffuse<Layout128>(w, h, px, spread, r, g, b); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDiffuse32(int32_t w, int32_t h, Pixel32* px, int32_t spread, int32_t r, int32_t g, int32_t b) { const FloatEnvironment env; diffuse<Layout32>(w, h, px, spread, r, g, b); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDiffuse64(int32_t w, int32_t h, Pixel64* px, int32_t spread, int32_t r, int32_t g, int32_t b) { const FloatEnvironment env; diffuse<Layout64>(w, h, px, spread, r, g, b); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoDiffuse128(int32_t w, int32_t h, Pixel128* px, int32_t spread, int32_t r, int32_t g, int32_t b) { const FloatEnvironment env; diffuse<Layout128>(w, h, px, spread, r, g, b); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoAgedLines32(int32_t w, int32_t h, Pixel32* px, int32_t vertical, int32_t horizontal) { agedLines<Layout32>(w, h, px, vertical, horizontal); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoAgedLines64(int32_t w, int32_t h, Pixel64* px, int32_t vertical, int32_t horizontal) { agedLines<Layout64>(w, h, px, vertical, horizontal); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoAgedLines128(int32_t w, int32_t h, Pixel128* px, int32_t vertical, int32_t horizontal) { agedLines<Layout128>(w, h, px, vertical, horizontal); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoAgedLines32(int32_t w, int32_t h, Pixel32* px, int32_t vertical, int32_t horizontal) { const FloatEnvironment env; agedLines<Layout32>(w, h, px, vertical, horizontal); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoAgedLines64(int32_t w, int32_t h, Pixel64* px, int32_t vertical, int32_t horizontal) { const FloatEnvironment env; agedLines<Layout64>(w, h, px, vertical, horizontal); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoAgedLines128(int32_t w, int32_t h, Pixel128* px, int32_t vertical, int32_t horizontal) { const FloatEnvironment env; agedLines<Layout128>(w, h, px, vertical, horizontal); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoRainDrops32(int32_t w, int32_t h, Pixel32* px, int32_t drops, int32_t radius) { rainDrops<Layout32>(w, h, px, drops, radius); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoRainDrops64(int32_t w, int32_t h, Pixel64* px, int32_t drops, int32_t radius) { rainDrops<Layout64>(w, h, px, drops, radius); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRainDrops32(int32_t w, int32_t h, Pixel32* px, int32_t drops, int32_t radius) { const FloatEnvironment env; rainDrops<Layout32>(w, h, px, drops, radius); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRainDrops64(int32_t w, int32_t h, Pixel64* px, int32_t drops, int32_t radius) { const FloatEnvironment env; rainDrops<Layout64>(w, h, px, drops, radius); return 0; }
 
 }  // extern "C"

@@ -1,6 +1,7 @@
 // Threshold effects over an element count: the halftone levels, the mask
 // threshold, the custom halftone and the two posterizes. Each pixel is decided
 // on its own values, so every family is one pass.
+#include "core/fpenv.h"
 #include "filters/stylize.h"
 #include "filters/stylize_simd.h"
 
@@ -147,24 +148,24 @@ using namespace effects;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL VexoHalftone32(int32_t n, Pixel32* px, int32_t level, int32_t channel) { halftone<Layout32>(n, px, level, channel); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoHalftone64(int32_t n, Pixel64* px, int32_t level, int32_t channel) { halftone<Layout64>(n, px, level, channel); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoHalftone128(int32_t n, Pixel128* px, int32_t level, int32_t channel) { halftone<Layout128>(n, px, level, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHalftone32(int32_t n, Pixel32* px, int32_t level, int32_t channel) { const FloatEnvironment env; halftone<Layout32>(n, px, level, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHalftone64(int32_t n, Pixel64* px, int32_t level, int32_t channel) { const FloatEnvironment env; halftone<Layout64>(n, px, level, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHalftone128(int32_t n, Pixel128* px, int32_t level, int32_t channel) { const FloatEnvironment env; halftone<Layout128>(n, px, level, channel); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoHalftoneMask32(int32_t n, Pixel32* px) { halftoneMask<Layout32>(n, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoHalftoneMask64(int32_t n, Pixel64* px) { halftoneMask<Layout64>(n, px); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoHalftoneMask128(int32_t n, Pixel128* px) { halftoneMask<Layout128>(n, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHalftoneMask32(int32_t n, Pixel32* px) { const FloatEnvironment env; halftoneMask<Layout32>(n, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHalftoneMask64(int32_t n, Pixel64* px) { const FloatEnvironment env; halftoneMask<Layout64>(n, px); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHalftoneMask128(int32_t n, Pixel128* px) { const FloatEnvironment env; halftoneMask<Layout128>(n, px); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoCustomHalftone32(int32_t n, Pixel32* px, int32_t limit, int32_t enable) { customHalftone<Layout32>(n, px, limit, enable); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoCustomHalftone64(int32_t n, Pixel64* px, int32_t limit, int32_t enable) { customHalftone<Layout64>(n, px, limit, enable); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoCustomHalftone128(int32_t n, Pixel128* px, int32_t limit, int32_t enable) { customHalftone<Layout128>(n, px, limit, enable); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoCustomHalftone32(int32_t n, Pixel32* px, int32_t limit, int32_t enable) { const FloatEnvironment env; customHalftone<Layout32>(n, px, limit, enable); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoCustomHalftone64(int32_t n, Pixel64* px, int32_t limit, int32_t enable) { const FloatEnvironment env; customHalftone<Layout64>(n, px, limit, enable); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoCustomHalftone128(int32_t n, Pixel128* px, int32_t limit, int32_t enable) { const FloatEnvironment env; customHalftone<Layout128>(n, px, limit, enable); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoPolarPass32(int32_t n, Pixel32* px, int32_t level, int32_t channel) { polarPass<Layout32>(n, px, level, channel); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPolarPass64(int32_t n, Pixel64* px, int32_t level, int32_t channel) { polarPass<Layout64>(n, px, level, channel); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPolarPass128(int32_t n, Pixel128* px, int32_t level, int32_t channel) { polarPass<Layout128>(n, px, level, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPolarPass32(int32_t n, Pixel32* px, int32_t level, int32_t channel) { const FloatEnvironment env; polarPass<Layout32>(n, px, level, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPolarPass64(int32_t n, Pixel64* px, int32_t level, int32_t channel) { const FloatEnvironment env; polarPass<Layout64>(n, px, level, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPolarPass128(int32_t n, Pixel128* px, int32_t level, int32_t channel) { const FloatEnvironment env; polarPass<Layout128>(n, px, level, channel); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoMultiPolarPass32(int32_t n, Pixel32* px, int32_t bh, int32_t bl, int32_t gh, int32_t gl, int32_t rh, int32_t rl) { multiPolarPass<Layout32>(n, px, bh, bl, gh, gl, rh, rl); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoMultiPolarPass64(int32_t n, Pixel64* px, int32_t bh, int32_t bl, int32_t gh, int32_t gl, int32_t rh, int32_t rl) { multiPolarPass<Layout64>(n, px, bh, bl, gh, gl, rh, rl); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoMultiPolarPass128(int32_t n, Pixel128* px, int32_t bh, int32_t bl, int32_t gh, int32_t gl, int32_t rh, int32_t rl) { multiPolarPass<Layout128>(n, px, bh, bl, gh, gl, rh, rl); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMultiPolarPass32(int32_t n, Pixel32* px, int32_t bh, int32_t bl, int32_t gh, int32_t gl, int32_t rh, int32_t rl) { const FloatEnvironment env; multiPolarPass<Layout32>(n, px, bh, bl, gh, gl, rh, rl); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMultiPolarPass64(int32_t n, Pixel64* px, int32_t bh, int32_t bl, int32_t gh, int32_t gl, int32_t rh, int32_t rl) { const FloatEnvironment env; multiPolarPass<Layout64>(n, px, bh, bl, gh, gl, rh, rl); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoMultiPolarPass128(int32_t n, Pixel128* px, int32_t bh, int32_t bl, int32_t gh, int32_t gl, int32_t rh, int32_t rl) { const FloatEnvironment env; multiPolarPass<Layout128>(n, px, bh, bl, gh, gl, rh, rl); return 0; }
 
 }  // extern "C"

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "core/dispatch.h"
+#include "core/fpenv.h"
 #include "core/numeric.h"
 #include "core/picture.h"
 #include "geometry/distortions.h"
@@ -126,35 +127,35 @@ void ripper(int32_t elementCount, P* pixels, int32_t mode, int32_t channel) {
 using namespace effects;
 
 extern "C" {
-EFFECTS_API int32_t EFFECTS_CALL VexoSwirl32(int32_t width, int32_t height, Pixel32* pixels, int32_t includeMask, int32_t twist) { swirl(width, height, pixels, includeMask, twist); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSwirl64(int32_t width, int32_t height, Pixel64* pixels, int32_t includeMask, int32_t twist) { swirl(width, height, pixels, includeMask, twist); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSwirl128(int32_t width, int32_t height, Pixel128* pixels, int32_t includeMask, int32_t twist) { swirl(width, height, pixels, includeMask, twist); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSwirl32(int32_t width, int32_t height, Pixel32* pixels, int32_t includeMask, int32_t twist) { const FloatEnvironment env; swirl(width, height, pixels, includeMask, twist); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSwirl64(int32_t width, int32_t height, Pixel64* pixels, int32_t includeMask, int32_t twist) { const FloatEnvironment env; swirl(width, height, pixels, includeMask, twist); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSwirl128(int32_t width, int32_t height, Pixel128* pixels, int32_t includeMask, int32_t twist) { const FloatEnvironment env; swirl(width, height, pixels, includeMask, twist); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx32(int32_t width, int32_t height, Pixel32* pixels, int32_t includeMask, int32_t outerTwist, int32_t innerTwist) { twirlEx(width, height, pixels, includeMask, outerTwist, innerTwist); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx64(int32_t width, int32_t height, Pixel64* pixels, int32_t includeMask, int32_t outerTwist, int32_t innerTwist) { twirlEx(width, height, pixels, includeMask, outerTwist, innerTwist); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx128(int32_t width, int32_t height, Pixel128* pixels, int32_t includeMask, int32_t outerTwist, int32_t innerTwist) { twirlEx(width, height, pixels, includeMask, outerTwist, innerTwist); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx32(int32_t width, int32_t height, Pixel32* pixels, int32_t includeMask, int32_t outerTwist, int32_t innerTwist) { const FloatEnvironment env; twirlEx(width, height, pixels, includeMask, outerTwist, innerTwist); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx64(int32_t width, int32_t height, Pixel64* pixels, int32_t includeMask, int32_t outerTwist, int32_t innerTwist) { const FloatEnvironment env; twirlEx(width, height, pixels, includeMask, outerTwist, innerTwist); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoTwirlEx128(int32_t width, int32_t height, Pixel128* pixels, int32_t includeMask, int32_t outerTwist, int32_t innerTwist) { const FloatEnvironment env; twirlEx(width, height, pixels, includeMask, outerTwist, innerTwist); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoPinch32(int32_t width, int32_t height, Pixel32* pixels, int32_t includeMask, double amount) { pinch(width, height, pixels, includeMask, amount); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPinch64(int32_t width, int32_t height, Pixel64* pixels, int32_t includeMask, double amount) { pinch(width, height, pixels, includeMask, amount); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoPinch128(int32_t width, int32_t height, Pixel128* pixels, int32_t includeMask, double amount) { pinch(width, height, pixels, includeMask, amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPinch32(int32_t width, int32_t height, Pixel32* pixels, int32_t includeMask, double amount) { const FloatEnvironment env; pinch(width, height, pixels, includeMask, amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPinch64(int32_t width, int32_t height, Pixel64* pixels, int32_t includeMask, double amount) { const FloatEnvironment env; pinch(width, height, pixels, includeMask, amount); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoPinch128(int32_t width, int32_t height, Pixel128* pixels, int32_t includeMask, double amount) { const FloatEnvironment env; pinch(width, height, pixels, includeMask, amount); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoCircularWaves32(int32_t width, int32_t height, Pixel32* pixels, int32_t amplitude, int32_t frequency) { circularWaves(width, height, pixels, amplitude, frequency); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoCircularWaves64(int32_t width, int32_t height, Pixel64* pixels, int32_t amplitude, int32_t frequency) { circularWaves(width, height, pixels, amplitude, frequency); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoCircularWaves128(int32_t width, int32_t height, Pixel128* pixels, int32_t amplitude, int32_t frequency) { circularWaves(width, height, pixels, amplitude, frequency); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWaves32(int32_t width, int32_t height, Pixel32* pixels, int32_t amplitude, int32_t frequency) { const FloatEnvironment env; circularWaves(width, height, pixels, amplitude, frequency); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWaves64(int32_t width, int32_t height, Pixel64* pixels, int32_t amplitude, int32_t frequency) { const FloatEnvironment env; circularWaves(width, height, pixels, amplitude, frequency); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWaves128(int32_t width, int32_t height, Pixel128* pixels, int32_t amplitude, int32_t frequency) { const FloatEnvironment env; circularWaves(width, height, pixels, amplitude, frequency); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx32(int32_t width, int32_t height, Pixel32* pixels, int32_t amplitude, int32_t frequency) { circularWavesEx(width, height, pixels, amplitude, frequency); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx64(int32_t width, int32_t height, Pixel64* pixels, int32_t amplitude, int32_t frequency) { circularWavesEx(width, height, pixels, amplitude, frequency); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx128(int32_t width, int32_t height, Pixel128* pixels, int32_t amplitude, int32_t frequency) { circularWavesEx(width, height, pixels, amplitude, frequency); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx32(int32_t width, int32_t height, Pixel32* pixels, int32_t amplitude, int32_t frequency) { const FloatEnvironment env; circularWavesEx(width, height, pixels, amplitude, frequency); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx64(int32_t width, int32_t height, Pixel64* pixels, int32_t amplitude, int32_t frequency) { const FloatEnvironment env; circularWavesEx(width, height, pixels, amplitude, frequency); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoCircularWavesEx128(int32_t width, int32_t height, Pixel128* pixels, int32_t amplitude, int32_t frequency) { const FloatEnvironment env; circularWavesEx(width, height, pixels, amplitude, frequency); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves32(int32_t width, int32_t height, Pixel32* pixels, int32_t amplitude, int32_t frequency, int32_t style) { blockWaves(width, height, pixels, amplitude, frequency, style); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves64(int32_t width, int32_t height, Pixel64* pixels, int32_t amplitude, int32_t frequency, int32_t style) { blockWaves(width, height, pixels, amplitude, frequency, style); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves128(int32_t width, int32_t height, Pixel128* pixels, int32_t amplitude, int32_t frequency, int32_t style) { blockWaves(width, height, pixels, amplitude, frequency, style); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves32(int32_t width, int32_t height, Pixel32* pixels, int32_t amplitude, int32_t frequency, int32_t style) { const FloatEnvironment env; blockWaves(width, height, pixels, amplitude, frequency, style); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves64(int32_t width, int32_t height, Pixel64* pixels, int32_t amplitude, int32_t frequency, int32_t style) { const FloatEnvironment env; blockWaves(width, height, pixels, amplitude, frequency, style); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoBlockWaves128(int32_t width, int32_t height, Pixel128* pixels, int32_t amplitude, int32_t frequency, int32_t style) { const FloatEnvironment env; blockWaves(width, height, pixels, amplitude, frequency, style); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection32(int32_t width, int32_t height, Pixel32* pixels, int32_t percent) { sphereReflection(width, height, pixels, percent); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection64(int32_t width, int32_t height, Pixel64* pixels, int32_t percent) { sphereReflection(width, height, pixels, percent); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection128(int32_t width, int32_t height, Pixel128* pixels, int32_t percent) { sphereReflection(width, height, pixels, percent); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection32(int32_t width, int32_t height, Pixel32* pixels, int32_t percent) { const FloatEnvironment env; sphereReflection(width, height, pixels, percent); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection64(int32_t width, int32_t height, Pixel64* pixels, int32_t percent) { const FloatEnvironment env; sphereReflection(width, height, pixels, percent); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSphereReflection128(int32_t width, int32_t height, Pixel128* pixels, int32_t percent) { const FloatEnvironment env; sphereReflection(width, height, pixels, percent); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoRipper32(int32_t elementCount, Pixel32* pixels, int32_t mode, int32_t channel) { ripper(elementCount, pixels, mode, channel); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoRipper64(int32_t elementCount, Pixel64* pixels, int32_t mode, int32_t channel) { ripper(elementCount, pixels, mode, channel); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoRipper128(int32_t elementCount, Pixel128* pixels, int32_t mode, int32_t channel) { ripper(elementCount, pixels, mode, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRipper32(int32_t elementCount, Pixel32* pixels, int32_t mode, int32_t channel) { const FloatEnvironment env; ripper(elementCount, pixels, mode, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRipper64(int32_t elementCount, Pixel64* pixels, int32_t mode, int32_t channel) { const FloatEnvironment env; ripper(elementCount, pixels, mode, channel); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRipper128(int32_t elementCount, Pixel128* pixels, int32_t mode, int32_t channel) { const FloatEnvironment env; ripper(elementCount, pixels, mode, channel); return 0; }
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/fpenv.h"
 #include "core/numeric.h"
 #include "core/picture.h"
 #include "core/scratch.h"
@@ -90,24 +91,24 @@ void scale(int32_t sourceWidth, int32_t sourceHeight, const P* source, int32_t t
 using namespace effects;
 
 extern "C" {
-EFFECTS_API int32_t EFFECTS_CALL VexoVerticalFlip32(int32_t width, int32_t height, Pixel32* pixels, int32_t) { verticalFlip(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoVerticalFlip64(int32_t width, int32_t height, Pixel64* pixels, int32_t) { verticalFlip(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoVerticalFlip128(int32_t width, int32_t height, Pixel128* pixels, int32_t) { verticalFlip(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalFlip32(int32_t width, int32_t height, Pixel32* pixels, int32_t) { horizontalFlip(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalFlip64(int32_t width, int32_t height, Pixel64* pixels, int32_t) { horizontalFlip(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalFlip128(int32_t width, int32_t height, Pixel128* pixels, int32_t) { horizontalFlip(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoVerticalMirror32(int32_t width, int32_t height, Pixel32* pixels, int32_t) { verticalMirror(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoVerticalMirror64(int32_t width, int32_t height, Pixel64* pixels, int32_t) { verticalMirror(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoVerticalMirror128(int32_t width, int32_t height, Pixel128* pixels, int32_t) { verticalMirror(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalMirror32(int32_t width, int32_t height, Pixel32* pixels, int32_t) { horizontalMirror(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalMirror64(int32_t width, int32_t height, Pixel64* pixels, int32_t) { horizontalMirror(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalMirror128(int32_t width, int32_t height, Pixel128* pixels, int32_t) { horizontalMirror(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoVerticalFlip32(int32_t width, int32_t height, Pixel32* pixels, int32_t) { const FloatEnvironment env; verticalFlip(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoVerticalFlip64(int32_t width, int32_t height, Pixel64* pixels, int32_t) { const FloatEnvironment env; verticalFlip(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoVerticalFlip128(int32_t width, int32_t height, Pixel128* pixels, int32_t) { const FloatEnvironment env; verticalFlip(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalFlip32(int32_t width, int32_t height, Pixel32* pixels, int32_t) { const FloatEnvironment env; horizontalFlip(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalFlip64(int32_t width, int32_t height, Pixel64* pixels, int32_t) { const FloatEnvironment env; horizontalFlip(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalFlip128(int32_t width, int32_t height, Pixel128* pixels, int32_t) { const FloatEnvironment env; horizontalFlip(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoVerticalMirror32(int32_t width, int32_t height, Pixel32* pixels, int32_t) { const FloatEnvironment env; verticalMirror(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoVerticalMirror64(int32_t width, int32_t height, Pixel64* pixels, int32_t) { const FloatEnvironment env; verticalMirror(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoVerticalMirror128(int32_t width, int32_t height, Pixel128* pixels, int32_t) { const FloatEnvironment env; verticalMirror(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalMirror32(int32_t width, int32_t height, Pixel32* pixels, int32_t) { const FloatEnvironment env; horizontalMirror(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalMirror64(int32_t width, int32_t height, Pixel64* pixels, int32_t) { const FloatEnvironment env; horizontalMirror(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoHorizontalMirror128(int32_t width, int32_t height, Pixel128* pixels, int32_t) { const FloatEnvironment env; horizontalMirror(width, height, pixels); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_32(int32_t width, int32_t height, Pixel32* pixels) { quarterTurn(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_64(int32_t width, int32_t height, Pixel64* pixels) { quarterTurn(width, height, pixels); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_128(int32_t width, int32_t height, Pixel128* pixels) { quarterTurn(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_32(int32_t width, int32_t height, Pixel32* pixels) { const FloatEnvironment env; quarterTurn(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_64(int32_t width, int32_t height, Pixel64* pixels) { const FloatEnvironment env; quarterTurn(width, height, pixels); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate90_128(int32_t width, int32_t height, Pixel128* pixels) { const FloatEnvironment env; quarterTurn(width, height, pixels); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoScale32(int32_t sourceWidth, int32_t sourceHeight, const Pixel32* source, int32_t targetWidth, int32_t targetHeight, Pixel32* target) { scale(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoScale64(int32_t sourceWidth, int32_t sourceHeight, const Pixel64* source, int32_t targetWidth, int32_t targetHeight, Pixel64* target) { scale(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoScale128(int32_t sourceWidth, int32_t sourceHeight, const Pixel128* source, int32_t targetWidth, int32_t targetHeight, Pixel128* target) { scale(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoScale32(int32_t sourceWidth, int32_t sourceHeight, const Pixel32* source, int32_t targetWidth, int32_t targetHeight, Pixel32* target) { const FloatEnvironment env; scale(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoScale64(int32_t sourceWidth, int32_t sourceHeight, const Pixel64* source, int32_t targetWidth, int32_t targetHeight, Pixel64* target) { const FloatEnvironment env; scale(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoScale128(int32_t sourceWidth, int32_t sourceHeight, const Pixel128* source, int32_t targetWidth, int32_t targetHeight, Pixel128* target) { const FloatEnvironment env; scale(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target); return 0; }
 }

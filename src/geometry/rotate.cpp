@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "core/fpenv.h"
 #include "core/numeric.h"
 #include "core/picture.h"
 #include "geometry/rotation.h"
@@ -133,11 +134,11 @@ void skew(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_
 using namespace effects;
 
 extern "C" {
-EFFECTS_API int32_t EFFECTS_CALL VexoRotate32(int32_t sourceWidth, int32_t sourceHeight, const Pixel32* source, int32_t targetWidth, int32_t targetHeight, Pixel32* target, float angle) { rotateExport(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target, angle); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoRotate64(int32_t sourceWidth, int32_t sourceHeight, const Pixel64* source, int32_t targetWidth, int32_t targetHeight, Pixel64* target, float angle) { rotateExport(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target, angle); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoRotate128(int32_t sourceWidth, int32_t sourceHeight, const Pixel128* source, int32_t targetWidth, int32_t targetHeight, Pixel128* target, float angle) { rotateExport(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target, angle); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate32(int32_t sourceWidth, int32_t sourceHeight, const Pixel32* source, int32_t targetWidth, int32_t targetHeight, Pixel32* target, float angle) { const FloatEnvironment env; rotateExport(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target, angle); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate64(int32_t sourceWidth, int32_t sourceHeight, const Pixel64* source, int32_t targetWidth, int32_t targetHeight, Pixel64* target, float angle) { const FloatEnvironment env; rotateExport(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target, angle); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoRotate128(int32_t sourceWidth, int32_t sourceHeight, const Pixel128* source, int32_t targetWidth, int32_t targetHeight, Pixel128* target, float angle) { const FloatEnvironment env; rotateExport(sourceWidth, sourceHeight, source, targetWidth, targetHeight, target, angle); return 0; }
 
-EFFECTS_API int32_t EFFECTS_CALL VexoSkew32(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_t targetHeight, const Pixel32* source, Pixel32* target, float verticalPercent, float horizontalPercent) { skew(sourceWidth, sourceHeight, targetWidth, targetHeight, source, target, verticalPercent, horizontalPercent); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSkew64(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_t targetHeight, const Pixel64* source, Pixel64* target, float verticalPercent, float horizontalPercent) { skew(sourceWidth, sourceHeight, targetWidth, targetHeight, source, target, verticalPercent, horizontalPercent); return 0; }
-EFFECTS_API int32_t EFFECTS_CALL VexoSkew128(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_t targetHeight, const Pixel128* source, Pixel128* target, float verticalPercent, float horizontalPercent) { skew(sourceWidth, sourceHeight, targetWidth, targetHeight, source, target, verticalPercent, horizontalPercent); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSkew32(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_t targetHeight, const Pixel32* source, Pixel32* target, float verticalPercent, float horizontalPercent) { const FloatEnvironment env; skew(sourceWidth, sourceHeight, targetWidth, targetHeight, source, target, verticalPercent, horizontalPercent); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSkew64(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_t targetHeight, const Pixel64* source, Pixel64* target, float verticalPercent, float horizontalPercent) { const FloatEnvironment env; skew(sourceWidth, sourceHeight, targetWidth, targetHeight, source, target, verticalPercent, horizontalPercent); return 0; }
+EFFECTS_API int32_t EFFECTS_CALL VexoSkew128(int32_t sourceWidth, int32_t sourceHeight, int32_t targetWidth, int32_t targetHeight, const Pixel128* source, Pixel128* target, float verticalPercent, float horizontalPercent) { const FloatEnvironment env; skew(sourceWidth, sourceHeight, targetWidth, targetHeight, source, target, verticalPercent, horizontalPercent); return 0; }
 }

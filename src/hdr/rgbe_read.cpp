@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include "core/fpenv.h"
 #include "hdr/rgbe_codec.h"
 
 namespace effects::rgbe {
@@ -197,6 +198,7 @@ using namespace effects;
 extern "C" {
 
 EFFECTS_API int32_t EFFECTS_CALL RGBE_LoadHDR(const char* fileName, float* data, int32_t width, int32_t height) {
+  const FloatEnvironment env;
   // No file name, or no destination for a picture of this size: nothing to do.
   if (fileName == nullptr || (width >= 1 && height >= 1 && (data == nullptr || pixelsOf<Rgb<float>>(width, height) == 0)))
     return 0;
@@ -209,8 +211,8 @@ EFFECTS_API int32_t EFFECTS_CALL RGBE_LoadHDR(const char* fileName, float* data,
   return 0;
 }
 
-EFFECTS_API int32_t EFFECTS_CALL RGBE_ReadPixels_RLE(EffectsStream* stream, float* data, int32_t width, int32_t height) { return stream ? rgbe::readScanlines(*stream, data, width, height) : 1; }
+EFFECTS_API int32_t EFFECTS_CALL RGBE_ReadPixels_RLE(EffectsStream* stream, float* data, int32_t width, int32_t height) { const FloatEnvironment env; return stream ? rgbe::readScanlines(*stream, data, width, height) : 1; }
 
-EFFECTS_API double EFFECTS_CALL ConvertRGBEto128(uint8_t exponent) { return rgbeScale(exponent); }
+EFFECTS_API double EFFECTS_CALL ConvertRGBEto128(uint8_t exponent) { const FloatEnvironment env; return rgbeScale(exponent); }
 
 }  // extern "C"

@@ -75,11 +75,11 @@ using namespace effects;
 
 extern "C" {
 
-EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_32(const char* fileName, int32_t width, int32_t height, const Pixel32* pixels, float* scratch) { return writeFile<Layout32>(fileName, width, height, pixels, scratch); }
-EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_64(const char* fileName, int32_t width, int32_t height, const Pixel64* pixels, float* scratch) { return writeFile<Layout64>(fileName, width, height, pixels, scratch); }
-EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_128(const char* fileName, int32_t width, int32_t height, const Pixel128* pixels, float* scratch) { return writeFile<Layout128>(fileName, width, height, pixels, scratch); }
+EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_32(const char* fileName, int32_t width, int32_t height, const Pixel32* pixels, float* scratch) { const FloatEnvironment env; return writeFile<Layout32>(fileName, width, height, pixels, scratch); }
+EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_64(const char* fileName, int32_t width, int32_t height, const Pixel64* pixels, float* scratch) { const FloatEnvironment env; return writeFile<Layout64>(fileName, width, height, pixels, scratch); }
+EFFECTS_API int32_t EFFECTS_CALL RGBE_WriteHeader_128(const char* fileName, int32_t width, int32_t height, const Pixel128* pixels, float* scratch) { const FloatEnvironment env; return writeFile<Layout128>(fileName, width, height, pixels, scratch); }
 
-EFFECTS_API int32_t EFFECTS_CALL Convert128toRGBE(int32_t n, const Pixel128* pixels, uint8_t* rgbe) { toRgbe<Layout128>(n, pixels, rgbe); return n; }
-EFFECTS_API int32_t EFFECTS_CALL Convert32toRGBE(int32_t n, const Pixel32* pixels, uint8_t* rgbe) { toRgbe<Layout32>(n, pixels, rgbe); return n; }
+EFFECTS_API int32_t EFFECTS_CALL Convert128toRGBE(int32_t n, const Pixel128* pixels, uint8_t* rgbe) { const FloatEnvironment env; toRgbe<Layout128>(n, pixels, rgbe); return n; }
+EFFECTS_API int32_t EFFECTS_CALL Convert32toRGBE(int32_t n, const Pixel32* pixels, uint8_t* rgbe) { const FloatEnvironment env; toRgbe<Layout32>(n, pixels, rgbe); return n; }
 
 }  // extern "C"
