@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstdarg>
 #include <cstdlib>
 
@@ -92,7 +93,11 @@ ReplacingFile::ReplacingFile(const char* target) {
   if (isSeparator(target_.back()) || isFolder(target_)) return;
   int fd = -1;
   for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
-    temporary_ = target_ + "." + std::to_string(processId()) + "-" + std::to_string(temporaries++) + ".tmp";
+    // snprintf rather than std::to_string: the latter's template helpers
+    // would be exported from the shared library beside the API.
+    char suffix[48];
+    std::snprintf(suffix, sizeof suffix, ".%d-%u.tmp", processId(), temporaries++);
+    temporary_ = target_ + suffix;
     fd = createNew(temporary_, target_);
     if (fd < 0 && !alreadyThere()) break;
   }
