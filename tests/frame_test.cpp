@@ -17,18 +17,6 @@
 namespace effects::test {
 namespace {
 
-// The first checksum row of every export: parameters known to be sensible.
-std::map<std::string, CallText> firstRows() {
-  std::map<std::string, CallText> rows;
-  std::ifstream in(dataPath("checksums.txt"));
-  for (std::string s; std::getline(in, s);) {
-    if (s.empty() || s[0] == '#') continue;
-    const CallText c = CallText::parse(s.substr(0, s.rfind(" : ")));
-    rows.emplace(c.name, c);
-  }
-  return rows;
-}
-
 std::vector<std::vector<uint8_t>> snapshot(const PreparedCall& call) {
   std::vector<std::vector<uint8_t>> out;
   for (const auto& b : call.buffers()) out.emplace_back(b->data(), b->data() + b->size());
@@ -61,7 +49,7 @@ void expectInert(const table::Export& e, const CallText& text, const std::string
 // positive product).
 TEST(Frame, EmptyAndNegativeSizesTouchNothing) {
   const char* empties[] = {"0", "-1", "-4", "-2147483648"};
-  for (const auto& [name, row] : firstRows()) {
+  for (const auto& [name, row] : firstChecksumRows()) {
     const table::Export* e = table::findExport(name);
     if (e == nullptr) continue;
     for (const char* empty : empties) {
@@ -102,7 +90,7 @@ bool sameMasks(const uint8_t* a, const uint8_t* b, size_t bytes) {
 
 TEST(Frame, MaskUntouchedWhereTheFamilyLeavesIt) {
   const std::regex writesMask(kWritesMask);
-  for (const auto& [name, row] : firstRows()) {
+  for (const auto& [name, row] : firstChecksumRows()) {
     const table::Export* e = table::findExport(name);
     if (e == nullptr || std::regex_match(name, writesMask)) continue;
     PreparedCall call(*e, row);

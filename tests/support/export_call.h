@@ -46,6 +46,7 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -560,5 +561,17 @@ class PreparedCall {
   EffectsStream stream_{};
   std::unique_ptr<Buffer> streamBytes_;
 };
+
+// The first checksum row of every export: parameters known to be sensible.
+inline std::map<std::string, CallText> firstChecksumRows() {
+  std::map<std::string, CallText> rows;
+  std::ifstream in(dataPath("checksums.txt"));
+  for (std::string s; std::getline(in, s);) {
+    if (s.empty() || s[0] == '#') continue;
+    const CallText c = CallText::parse(s.substr(0, s.rfind(" : ")));
+    rows.emplace(c.name, c);
+  }
+  return rows;
+}
 
 }  // namespace effects::test

@@ -53,18 +53,6 @@ struct Case {
   bool placed = false;   // a huge canvas with the region near a corner: a short walk
 };
 
-// The first checksum row of every export.
-inline std::map<std::string, CallText> checksumRows() {
-  std::map<std::string, CallText> rows;
-  std::ifstream in(dataPath("checksums.txt"));
-  for (std::string s; std::getline(in, s);) {
-    if (s.empty() || s[0] == '#') continue;
-    const CallText c = CallText::parse(s.substr(0, s.rfind(" : ")));
-    rows.emplace(c.name, c);
-  }
-  return rows;
-}
-
 // Plain arguments for an export without a checksum row yet.
 inline CallText syntheticRow(const table::Export& e) {
   CallText c;
@@ -471,7 +459,7 @@ inline Tally runAll(bool full, std::chrono::seconds limit, const std::string& on
   // Isolated calls watch themselves; this one only guards against a child
   // that cannot end.
   Watchdog watchdog(isolated ? limit + std::chrono::seconds(60) : limit, uint64_t(4) << 30);
-  const auto rows = checksumRows();
+  const auto rows = firstChecksumRows();
   Tally tally;
   for (const table::Export& e : table::kExports) {
     if (!only.empty() && std::string(e.name).rfind(only, 0) != 0) continue;
