@@ -35,7 +35,7 @@ void saturation32(int32_t n, Pixel32* px, int32_t amount) {
   const int32_t s = clampTo(amount, -255, 512) + 255;
   if (n < 1 || s == 255 || px == nullptr) return;
   if (s == 0) return greyToAverage(n, px);
-  const size_t count = pixelsForCount(n);
+  const size_t count = pixelsForCount<Pixel32>(n);
   const Saturate32 plain{s};
   size_t i = 0;
 #if EFFECTS_WIDE

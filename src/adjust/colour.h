@@ -110,7 +110,7 @@ using Words = uint32_t __attribute__((vector_size(16)));
 
 template <class Op>
 inline void wordWalk(int32_t n, Pixel32* px, Op op) {
-  const size_t count = pixelsForCount(n);
+  const size_t count = pixelsForCount<Pixel32>(n);
   if (px == nullptr) return;
   size_t i = 0;
   for (; i + 4 <= count; i += 4) {

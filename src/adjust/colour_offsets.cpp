@@ -108,7 +108,7 @@ void constantTint(int32_t n, typename L::Pixel* px, A redAdd, A greenAdd, A blue
     };
     const auto red = wrapping(ch.red ? redAdd : A{0}), green = wrapping(ch.green ? greenAdd : A{0}),
                blue = wrapping(ch.blue ? blueAdd : A{0});
-    maps::each<L>(px, pixelsForCount(n), blue, green, red);
+    maps::each<L>(px, pixelsForCount<typename L::Pixel>(n), blue, green, red);
   }
 }
 
@@ -142,7 +142,7 @@ struct WebSteps {
 template <class L>
 void webColour(int32_t n, typename L::Pixel* px) {
   const WebSteps<L> steps;
-  maps::each<L>(px, pixelsForCount(n), steps, WebLevel<L>{}, steps);
+  maps::each<L>(px, pixelsForCount<typename L::Pixel>(n), steps, WebLevel<L>{}, steps);
 }
 
 // ----------------------------------------------------------------------- grey
@@ -205,7 +205,7 @@ void agedPhoto(int32_t n, typename L::Pixel* px, int32_t channel) {
       return maps::cheap(
           [add](E c) { return add == 0 ? c : static_cast<E>(c + add > fullInt<L> ? fullInt<L> : c + add); });
     };
-    maps::each<L>(px, pixelsForCount(n), maps::Unchanged{}, gain(addGreen), gain(addRed));
+    maps::each<L>(px, pixelsForCount<typename L::Pixel>(n), maps::Unchanged{}, gain(addGreen), gain(addRed));
   }
 }
 

@@ -17,8 +17,9 @@ using namespace tonal;
 
 // These exports visit the pixels of width * 4 * height elements, the product
 // formed in 32-bit arithmetic.
-inline size_t pixelsOf(uint32_t width, uint32_t height) {
-  return pixelsForCount(wrappedElementCount(width, height));
+template <class P>
+inline size_t wrappedPixels(uint32_t width, uint32_t height) {
+  return pixelsForCount<P>(wrappedElementCount(width, height));
 }
 
 // One map for blue, green and red: through a table in the integer layouts
@@ -26,7 +27,7 @@ inline size_t pixelsOf(uint32_t width, uint32_t height) {
 // callers hold the float environment from their first statement on.
 template <class L, class F>
 void mapColours(uint32_t width, uint32_t height, typename L::Pixel* px, const F& f) {
-  maps::all<L>(px, pixelsOf(width, height), f);
+  maps::all<L>(px, wrappedPixels<typename L::Pixel>(width, height), f);
 }
 
 // Darkening scales toward black, lightening scales the distance to white.
@@ -120,7 +121,7 @@ void gamma(uint32_t w, uint32_t h, typename L::Pixel* px, float gamma) {
   if (g == 1.0f) return;
   const double e = towardHdr ? g : 1.0f / g;
   if constexpr (!L::integer) {
-    fastpow::powColours(px, pixelsOf(w, h), e);
+    fastpow::powColours(px, wrappedPixels<Pixel128>(w, h), e);
   } else {
     mapColours<L>(w, h, px, Gamma<L>{e});
   }

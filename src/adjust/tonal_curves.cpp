@@ -72,7 +72,7 @@ template <class L>
 void adjustLevelsInt(int32_t n, typename L::Pixel* px, const LevelPoints (&pt)[3], float g, float curveAmount,
                      const Channels& ch) {
   const SineFactor<double> factor(curveAmount);
-  const size_t count = pixelsForCount(n);
+  const size_t count = pixelsForCount<typename L::Pixel>(n);
   const LevelsIn<L> in[3] = {{pt[0].inHigh, pt[0].inLow, g, &factor, ch.blue},
                              {pt[1].inHigh, pt[1].inLow, g, &factor, ch.green},
                              {pt[2].inHigh, pt[2].inLow, g, &factor, ch.red}};
@@ -107,7 +107,7 @@ void adjustLevels128(int32_t n, Pixel128* px, const LevelPoints (&pt)[3], float 
   // Pass 1 a block at a time: the input points, then the power in vectors
   // (core/pow.h), then the maxima while the block is in the cache.
   float max[3] = {0.0f, 0.0f, 0.0f};
-  const size_t count = pixelsForCount(n);
+  const size_t count = pixelsForCount<Pixel128>(n);
   for (size_t b = 0; b < count; b += maps::kBlock) {
     Pixel128* block = px + b;
     const size_t m = count - b < maps::kBlock ? count - b : maps::kBlock;
@@ -204,7 +204,7 @@ void dodge(int32_t n, typename L::Pixel* px, int32_t amount) {
     const float f = static_cast<float>(factor);
     forEachPixel(n, px, [f](Pixel128& p) { p.blue *= f; p.green *= f; p.red *= f; });
   } else {
-    maps::all<L>(px, pixelsForCount(n), Dodge<L>{factor});
+    maps::all<L>(px, pixelsForCount<typename L::Pixel>(n), Dodge<L>{factor});
   }
 }
 

@@ -16,7 +16,7 @@ using namespace buffers;
 // The vector form over whole vectors, then the plain form on the rest.
 template <class P, class Vector, class Plain>
 void walk(int32_t n, P* px, Vector&& vector, const Plain& plain) {
-  const size_t count = pixelsForCount(n);
+  const size_t count = pixelsForCount<P>(n);
   if (px == nullptr || count == 0) return;
   const FloatEnvironment env;
   for (size_t i = simd::inPlace(px, count, vector); i < count; ++i) plain(px[i]);

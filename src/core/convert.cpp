@@ -133,7 +133,7 @@ float darkest(const Pixel128* src, size_t n) {
 #endif
 
 void quantize(int32_t elementCount, Pixel32* dst, const Pixel128* src, bool lockBlack) {
-  const size_t n = pixelsForCount(elementCount);
+  const size_t n = pixelsForCount<Pixel32, Pixel128>(elementCount);
   if (dst == nullptr || src == nullptr || n == 0) return;
   const FloatEnvironment env;
   // The darkest colour value, but never above 0: a buffer without negative
@@ -159,7 +159,7 @@ void importRgbe(int32_t width, int32_t height, Pixel128* dst, const uint8_t* rgb
   if (height < 1 || dst == nullptr || rgbe == nullptr) return;
   const FloatEnvironment env;
   const auto* quads = reinterpret_cast<const RgbeQuad*>(rgbe);
-  const size_t n = pixelsForCount(wrappedElementCount(static_cast<uint32_t>(width), static_cast<uint32_t>(height)));
+  const size_t n = pixelsForCount<Pixel128>(wrappedElementCount(static_cast<uint32_t>(width), static_cast<uint32_t>(height)));
   for (size_t b = 0; b < n; b += 1024) {
     const size_t m = n - b < 1024 ? n - b : 1024;
     for (size_t i = b; i < b + m; ++i) {
@@ -225,7 +225,7 @@ EFFECTS_API int32_t EFFECTS_CALL Convert64to128Fast(int32_t n, const Pixel64* sr
 }
 
 EFFECTS_API int32_t EFFECTS_CALL Convert128to64Fast(int32_t n, Pixel64* dst, const Pixel128* src) {
-  const size_t count = pixelsForCount(n);
+  const size_t count = pixelsForCount<Pixel64, Pixel128>(n);
   if (dst == nullptr || src == nullptr || count == 0) return n;
   const FloatEnvironment env;
   for (size_t i = narrowVectors(dst, src, count); i < count; ++i) {

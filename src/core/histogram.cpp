@@ -151,7 +151,7 @@ struct LuminanceBin32 {
 template <class L, class S>
 void luminanceHistogram(int32_t elementCount, const typename L::Pixel* px, float* histogram, S& stats) {
   if constexpr (L::integer) {
-    const size_t n = pixelsForCount(elementCount);
+    const size_t n = pixelsForCount<typename L::Pixel>(elementCount);
     if (px != nullptr && n != 0) {
       if constexpr (sizeof(typename L::Element) == 1) {
         countBins(px, n, histogram, &stats, LuminanceBin32{});
@@ -184,7 +184,7 @@ void channelHistogram(int32_t elementCount, const typename L::Pixel* px, float* 
   withValue<0, 3>(channelOffset & 3, [&](auto which) {
     constexpr unsigned W = decltype(which)::value;
     if constexpr (L::integer) {
-      const size_t n = pixelsForCount(elementCount);
+      const size_t n = pixelsForCount<typename L::Pixel>(elementCount);
       if (px != nullptr && n != 0)
         countBins(px, n, histogram, &stats, [](const typename L::Pixel& p) { return uint32_t{elementBin(element<W>(p))}; });
     } else {

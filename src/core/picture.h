@@ -30,9 +30,17 @@ namespace effects {
 
 // ----------------------------------------------------------------- sizes
 
-// Rule 1: the pixels an element count covers, 0 for a count below 1.
+// Rule 1: the pixels an element count covers, 0 for a count below 1. Given
+// the pixel types of the buffers the count describes, also 0 when one of
+// them could not exist in this address space (past PTRDIFF_MAX bytes, which
+// only a 32-bit host can meet).
+template <class... P>
 inline uint32_t pixelsForCount(int32_t elementCount) {
-  return elementCount < 1 ? 0u : (static_cast<uint32_t>(elementCount - 1) >> 2) + 1u;
+  const uint32_t n = elementCount < 1 ? 0u : (static_cast<uint32_t>(elementCount - 1) >> 2) + 1u;
+  if constexpr (sizeof...(P) > 0 && sizeof(size_t) < 8) {
+    if (((static_cast<uint64_t>(n) * sizeof(P) > static_cast<uint64_t>(PTRDIFF_MAX)) || ...)) return 0;
+  }
+  return n;
 }
 
 // A width or height passed unsigned, as a signed size: anything above
@@ -60,7 +68,7 @@ inline bool sizeFits(int32_t width, int32_t height, size_t rowBytes) {
 // Visits the pixels of an element count in memory order.
 template <class P, class F>
 inline void forEachPixel(int32_t elementCount, P* pixels, F&& f) {
-  const uint32_t n = pixelsForCount(elementCount);
+  const uint32_t n = pixelsForCount<P>(elementCount);
   if (pixels == nullptr) return;
   for (uint32_t i = 0; i < n; ++i) f(pixels[i]);
 }
@@ -69,7 +77,7 @@ inline void forEachPixel(int32_t elementCount, P* pixels, F&& f) {
 // possibly of different layouts or of encoded forms).
 template <class A, class B, class F>
 inline void forEachPixelPair(int32_t elementCount, A* a, B* b, F&& f) {
-  const uint32_t n = pixelsForCount(elementCount);
+  const uint32_t n = pixelsForCount<A, B>(elementCount);
   if (a == nullptr || b == nullptr) return;
   for (uint32_t i = 0; i < n; ++i) f(a[i], b[i]);
 }

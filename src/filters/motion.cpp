@@ -57,7 +57,8 @@ bool motionBlur(const Picture<typename L::Pixel>& pic, double angle, int32_t dis
   if (!L::integer && distance == 0) return true;
   if (angle == 0.0) angle = 0.0001;
   const double theta = 6.283185307179586 / (360.0 / angle);
-  const auto [c, s] = cosineAndSine(theta);
+  const CosSin direction = cosineAndSine(theta);
+  const double c = direction.c, s = direction.s;
   const int32_t w = pic.width(), h = pic.height();
   const double last = distance;
   return fromEntryIntoScratch(pic, ScratchSlot::First, [&](const Picture<const P>& entry, int32_t x, int32_t y) {

@@ -32,7 +32,7 @@ template <> struct HalftoneLimits<Layout128> {
 template <class L, class Limit>
 void thresholdSum(int32_t n, typename L::Pixel* px, Limit dark, Limit bright, Channels ch) {
   if (n < 1 || px == nullptr) return;
-  const size_t count = pixelsForCount(n);
+  const size_t count = pixelsForCount<typename L::Pixel>(n);
   size_t done = 0;
   if constexpr (std::is_same_v<L, Layout32>) done = sse2::halftone32(px, count, dark, bright, ch);
   if constexpr (std::is_same_v<L, Layout64>) done = sse2::halftone64(px, count, dark, bright, ch);
@@ -100,7 +100,7 @@ void polarPass(int32_t n, typename L::Pixel* px, int32_t level, int32_t channel)
   const Channels ch = Channels::of(channel);
   if (n < 1 || px == nullptr || level < 1 || level > 4 || !ch.any()) return;
   const auto low = PolarLimits<L>::low[level - 1], high = PolarLimits<L>::high[level - 1];
-  const size_t count = pixelsForCount(n);
+  const size_t count = pixelsForCount<typename L::Pixel>(n);
   size_t done = 0;
   if constexpr (std::is_same_v<L, Layout32>) done = sse2::polarPass32(px, count, low, high, ch);
   if constexpr (std::is_same_v<L, Layout64>) done = sse2::polarPass64(px, count, low, high, ch);

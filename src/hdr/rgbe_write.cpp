@@ -62,7 +62,7 @@ int32_t writeFile(const char* fileName, int32_t width, int32_t height, const typ
 // becomes exactly 1.0f (rgbe_codec.h).
 template <class L>
 void toRgbe(int32_t elementCount, const typename L::Pixel* pixels, uint8_t* rgbe) {
-  const size_t n = pixelsForCount(elementCount);
+  const size_t n = pixelsForCount<typename L::Pixel>(elementCount);
   if (pixels == nullptr || rgbe == nullptr || n == 0) return;
   const FloatEnvironment env;
   rgbe::encodeRounding(pixels, n, reinterpret_cast<RgbeQuad*>(rgbe));

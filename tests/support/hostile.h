@@ -53,28 +53,31 @@ struct Case {
   bool placed = false;   // a huge canvas with the region near a corner: a short walk
 };
 
+// A plain value for a parameter of an export without a checksum row yet
+// ("" leaves it to the call's defaults).
+inline const char* syntheticValue(const Param& p) {
+  switch (p.role) {
+    case Role::Count: return "60";
+    case Role::Width: return "5";
+    case Role::Height: return "3";
+    case Role::Channel: return "1";
+    case Role::Device: case Role::Bitmap: return "@surface:8x6";
+    case Role::Path: return "@out";
+    case Role::Reserved: return p.type != Type::F32Ptr ? "0" : "";
+    case Role::Pixels: return "";
+    case Role::Buffer: return p.type == Type::StreamPtr ? "@data:rgbe/good_rle.hdr" : "";
+    case Role::Value: return (p.type == Type::F32 || p.type == Type::F64) ? "0.5" : p.type == Type::U8 ? "128" : "1";
+  }
+  return "";
+}
+
 // Plain arguments for an export without a checksum row yet.
 inline CallText syntheticRow(const table::Export& e) {
   CallText c;
   c.name = e.name;
   for (int i = 0; i < e.paramCount(); ++i) {
-    const Param& p = e.params[i];
-    std::string v;
-    switch (p.role) {
-      case Role::Count: v = "60"; break;
-      case Role::Width: v = "5"; break;
-      case Role::Height: v = "3"; break;
-      case Role::Channel: v = "1"; break;
-      case Role::Device: case Role::Bitmap: v = "@surface:8x6"; break;
-      case Role::Path: v = "@out"; break;
-      case Role::Reserved: if (p.type != Type::F32Ptr) v = "0"; break;
-      case Role::Pixels: break;
-      case Role::Buffer: if (p.type == Type::StreamPtr) v = "@data:rgbe/good_rle.hdr"; break;
-      case Role::Value:
-        v = (p.type == Type::F32 || p.type == Type::F64) ? "0.5" : p.type == Type::U8 ? "128" : "1";
-        break;
-    }
-    if (!v.empty()) c.values[p.name] = v;
+    const char* v = syntheticValue(e.params[i]);
+    if (*v != '\0') c.values[e.params[i].name] = v;
   }
   return c;
 }
@@ -375,6 +378,10 @@ inline void runCase(const table::Export& e, const Case& c, bool full, Watchdog& 
   const auto before = snapshot(*call);
   const auto surfaces = call->surfacePixels();
 
+  // EFFECTS_HOSTILE_TRACE names each call before it runs (to find one that
+  // brings the whole process down).
+  static const bool trace = std::getenv("EFFECTS_HOSTILE_TRACE") != nullptr;
+  if (trace) std::fprintf(stderr, "hostile: calling %s\n", c.text.c_str());
   watchdog.begin(c.text);
   Result result;
   {
