@@ -27,6 +27,7 @@
 #include <vector>
 
 #include "core/scratch.h"
+#include "support/files.h"
 #include "support/hostile.h"
 
 namespace {
@@ -159,7 +160,7 @@ bool sameOutcome(const PreparedCall& a, const Result& ra, const PreparedCall& b,
   if (ra.kind != rb.kind || ra.i != rb.i || std::memcmp(&ra.d, &rb.d, sizeof ra.d) != 0) return false;
   if (hostile::snapshot(a) != hostile::snapshot(b) || a.surfacePixels() != b.surfacePixels()) return false;
   for (size_t k = 0; k < a.outputs().size(); ++k)
-    if (readFile(a.outputs()[k]) != readFile(b.outputs()[k])) return false;
+    if (fileBytes(a.outputs()[k]) != fileBytes(b.outputs()[k])) return false;
   return true;
 }
 

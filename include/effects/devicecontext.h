@@ -131,7 +131,8 @@ EFFECTS_API int32_t EFFECTS_CALL VexoAntiAlias(void* hdc, void* hbm);
  *     there, clipped to it) through a compatible device context and bitmap:
  *     SetDIBitsToDevice onto those, then BitBlt onto hdc. A target size below
  *     1 draws nothing. 0 (nothing drawn) also when GDI cannot make the
- *     compatible device context or bitmap. */
+ *     compatible device context or bitmap, and for a target of more than
+ *     INT32_MAX bytes at 32 bits a pixel. */
 EFFECTS_API int32_t EFFECTS_CALL VexoPostBlur(void* hdc, void* hbm);
 EFFECTS_API int32_t EFFECTS_CALL VexoSwirl(void* hdc, void* hbm, int32_t twist);
 EFFECTS_API int32_t EFFECTS_CALL VexoTwirl(void* hdc, void* hbm, int32_t twist);

@@ -111,6 +111,11 @@ int32_t rotate(DeviceContext dc, Bitmap bm, int32_t targetWidth, int32_t targetH
 
   const size_t rowBytes = Picture<Pixel24>::paddedRowBytes(targetWidth);
   if (rowBytes == 0 || !sizeFits(targetWidth, targetHeight, rowBytes)) return 0;
+  // GDI keeps a bitmap's byte size in 32 bits: a target of more than
+  // INT32_MAX bytes at 32 bits a pixel is refused here (some GDI versions
+  // accept the bitmap and then fail while drawing into it).
+  if (static_cast<uint64_t>(targetWidth) * 4u * static_cast<uint64_t>(targetHeight) > static_cast<uint64_t>(INT32_MAX))
+    return 0;
   Canvas canvas(dc, targetWidth, targetHeight);
   if (!canvas.ready()) return 0;
   void* targetBits = scratchBytes(rowBytes * static_cast<size_t>(targetHeight), ScratchSlot::Fourth);
