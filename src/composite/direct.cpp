@@ -6,6 +6,7 @@
 #include "composite/blend.h"
 #include "composite/canvas.h"
 #include "composite/clip.h"
+#include "composite/direct_simd.h"
 #include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
@@ -24,15 +25,6 @@ int32_t directBlend(int32_t x, int32_t y, int32_t width, int32_t height, const t
   return 1;
 }
 
-template <class P>
-inline void copyPixel(P& to, const P& from, bool withMask) {
-  if (withMask) {
-    to = from;
-  } else {
-    to.blue = from.blue; to.green = from.green; to.red = from.red;
-  }
-}
-
 // Region into canvas (paste), or canvas into region (cut: only region pixels
 // over a covered canvas pixel change). Elements are copied as they are, no
 // conversion; with flip the region is read or written upside down.
@@ -43,10 +35,8 @@ int32_t transfer(int32_t x, int32_t y, int32_t width, int32_t height, P* region,
   p.placement.forEachRow([&](int32_t cy, int32_t ry, int32_t cx, int32_t rx, int32_t n) {
     P* c = p.canvas.row(cy) + cx;
     P* r = p.region.row(flip ? p.placement.flipped(ry) : ry) + rx;
-    for (int32_t i = 0; i < n; ++i) {
-      if (intoCanvas) copyPixel(c[i], r[i], withMask);
-      else copyPixel(r[i], c[i], withMask);
-    }
+    if (intoCanvas) direct::copyRow(c, r, n, withMask);
+    else direct::copyRow(r, c, n, withMask);
   });
   return 1;
 }
@@ -67,30 +57,15 @@ int32_t cutRegion(int32_t x, int32_t y, int32_t width, int32_t height, P* region
                   withMask);
 }
 
-// d + (s - d) x m x f through the source mask. The 8-bit factor is the
-// truncated 0.003921 (a full mask weighs 0.999855, not 1): intended.
-inline uint8_t regional(uint8_t d, uint8_t s, uint8_t m) {
-  return roundLowByte(static_cast<float>(d) + static_cast<float>((s - d) * m) * 0.003921f);
-}
-inline uint16_t regional(uint16_t d, uint16_t s, uint16_t m) {
-  const int64_t product = (int64_t{s} - int64_t{d}) * int64_t{m};
-  return roundLowWord(static_cast<double>(d) + static_cast<double>(product) * 3.051850947599e-5);
-}
-inline float regional(float d, float s, float m) { return d + (s - d) * m; }
-
 template <class L>
 void drawRegional(int32_t elementCount, const typename L::Pixel* src, typename L::Pixel* dst) {
   const FloatEnvironment env;
-  forEachPixelPair(elementCount, src, dst, [](const typename L::Pixel& s, typename L::Pixel& d) {
-    if (s.mask == 0) return;
-    d.blue = regional(d.blue, s.blue, s.mask);
-    d.green = regional(d.green, s.green, s.mask);
-    d.red = regional(d.red, s.red, s.mask);
-  });
+  const size_t n = pixelsForCount<typename L::Pixel>(elementCount);
+  if (src == nullptr || dst == nullptr) return;
+  for (size_t i = direct::regionalVectors(src, dst, n); i < n; ++i) direct::regionalPixel(src[i], dst[i]);
 }
 
-// The canvas mask c moves toward the region mask m: round(m x k x (m - c) + c)
-// with k = opacity x 3.92156862e-5, all in single precision.
+// The canvas mask moves toward the region mask (direct::maskToward).
 int32_t directMask(int32_t x, int32_t y, int32_t width, int32_t height, const Pixel32* src, Pixel32* canvas,
                    int32_t canvasWidth, int32_t canvasHeight, int32_t opacity) {
   if (opacity == 0) return -1;
@@ -100,12 +75,8 @@ int32_t directMask(int32_t x, int32_t y, int32_t width, int32_t height, const Pi
   p.placement.forEachRow([&](int32_t cy, int32_t ry, int32_t cx, int32_t rx, int32_t n) {
     Pixel32* c = p.canvas.row(cy) + cx;
     const Pixel32* r = p.region.row(ry) + rx;
-    for (int32_t i = 0; i < n; ++i) {
-      const uint8_t m = r[i].mask;
-      if (m == 0) continue;
-      const uint8_t old = c[i].mask;
-      c[i].mask = roundLowByte(static_cast<float>(m) * k * static_cast<float>(m - old) + static_cast<float>(old));
-    }
+    for (auto i = static_cast<int32_t>(direct::maskTowardVectors(r, c, static_cast<size_t>(n), k)); i < n; ++i)
+      direct::maskToward(r[i], c[i], k);
   });
   return 1;
 }

@@ -17,6 +17,7 @@
 #include "core/numeric.h"
 #include "core/picture.h"
 #include "core/rgbe.h"
+#include "core/simd.h"
 #include "effects/effects.h"
 
 namespace effects::rgbe {
@@ -96,28 +97,57 @@ inline __m128i mantissas(__m128 x, __m128 scale) {
 
 }  // namespace detail
 
-// encodeRounding of four float pixels a step, in lanes: v the largest of
-// red, green, blue as sharedScale picks it; a normal v has the exponent byte
-// B, so frexp's e is B - 126 and the scale 2^(8 - e) is the float with
-// exponent byte 261 - B; infinity and NaN (B = 255) give 0, 0, 0, 128.
-// Returns the pixels done.
+// encodeRounding of four pixels in lanes, given as their blue, green and red
+// floats: v the largest of red, green, blue as sharedScale picks it; a normal
+// v has the exponent byte B, so frexp's e is B - 126 and the scale 2^(8 - e)
+// is the float with exponent byte 261 - B; infinity and NaN (B = 255) give
+// 0, 0, 0, 128.
+inline __m128i quadsOf(__m128 b, __m128 g, __m128 r) {
+  const __m128 v = _mm_max_ps(b, _mm_max_ps(g, r));
+  const __m128i biased = _mm_and_si128(_mm_srli_epi32(_mm_castps_si128(v), 23), _mm_set1_epi32(0xFF));
+  const __m128 scale = _mm_castsi128_ps(_mm_slli_epi32(_mm_sub_epi32(_mm_set1_epi32(261), biased), 23));
+  __m128i quad = _mm_or_si128(
+      _mm_or_si128(detail::mantissas(r, scale), _mm_slli_epi32(detail::mantissas(g, scale), 8)),
+      _mm_or_si128(_mm_slli_epi32(detail::mantissas(b, scale), 16),
+                   _mm_slli_epi32(_mm_and_si128(_mm_add_epi32(biased, _mm_set1_epi32(2)), _mm_set1_epi32(0xFF)), 24)));
+  const __m128i special = _mm_cmpeq_epi32(biased, _mm_set1_epi32(0xFF));
+  quad = _mm_or_si128(_mm_andnot_si128(special, quad), _mm_and_si128(special, _mm_set1_epi32(128 << 24)));
+  const __m128i black = _mm_castps_si128(_mm_cmplt_ps(v, _mm_set1_ps(detail::kBlackBelow)));
+  return _mm_andnot_si128(black, quad);
+}
+
+// encodeRounding of four float pixels a step. Returns the pixels done.
 inline size_t encodeRoundingVectors(const Pixel128* px, size_t n, RgbeQuad* out) {
   size_t i = 0;
   for (; i + 4 <= n; i += 4) {
     __m128 b = _mm_loadu_ps(&px[i].blue), g = _mm_loadu_ps(&px[i + 1].blue), r = _mm_loadu_ps(&px[i + 2].blue),
            m = _mm_loadu_ps(&px[i + 3].blue);
     _MM_TRANSPOSE4_PS(b, g, r, m);
-    const __m128 v = _mm_max_ps(b, _mm_max_ps(g, r));
-    const __m128i biased = _mm_and_si128(_mm_srli_epi32(_mm_castps_si128(v), 23), _mm_set1_epi32(0xFF));
-    const __m128 scale = _mm_castsi128_ps(_mm_slli_epi32(_mm_sub_epi32(_mm_set1_epi32(261), biased), 23));
-    __m128i quad = _mm_or_si128(
-        _mm_or_si128(detail::mantissas(r, scale), _mm_slli_epi32(detail::mantissas(g, scale), 8)),
-        _mm_or_si128(_mm_slli_epi32(detail::mantissas(b, scale), 16),
-                     _mm_slli_epi32(_mm_and_si128(_mm_add_epi32(biased, _mm_set1_epi32(2)), _mm_set1_epi32(0xFF)), 24)));
-    const __m128i special = _mm_cmpeq_epi32(biased, _mm_set1_epi32(0xFF));
-    quad = _mm_or_si128(_mm_andnot_si128(special, quad), _mm_and_si128(special, _mm_set1_epi32(128 << 24)));
-    const __m128i black = _mm_castps_si128(_mm_cmplt_ps(v, _mm_set1_ps(detail::kBlackBelow)));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_andnot_si128(black, quad));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), quadsOf(b, g, r));
+  }
+  return i;
+}
+
+// Four 8-bit elements (32-bit lanes) as the floats the encoder takes:
+// encoderValue in lanes, times 1/255 in double and rounded to float.
+inline __m128 encoderValues(__m128i v) {
+  const __m128d k = _mm_set1_pd(k255);
+  const __m128 low = _mm_cvtpd_ps(_mm_mul_pd(_mm_cvtepi32_pd(v), k));
+  const __m128 high = _mm_cvtpd_ps(_mm_mul_pd(_mm_cvtepi32_pd(_mm_shuffle_epi32(v, 0x0E)), k));
+  return _mm_movelh_ps(low, high);
+}
+
+// encodeRounding of four 8-bit pixels a step. Returns the pixels done.
+inline size_t encodeRoundingVectors(const Pixel32* px, size_t n, RgbeQuad* out) {
+  const __m128i byte = _mm_set1_epi32(0xFF);
+  size_t i = 0;
+  for (; i + 4 <= n; i += 4) {
+    if ((i & 15) == 0) simd::prefetchAhead(px + i);
+    const __m128i p = _mm_loadu_si128(reinterpret_cast<const __m128i*>(px + i));
+    const __m128 b = encoderValues(_mm_and_si128(p, byte));
+    const __m128 g = encoderValues(_mm_and_si128(_mm_srli_epi32(p, 8), byte));
+    const __m128 r = encoderValues(_mm_and_si128(_mm_srli_epi32(p, 16), byte));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), quadsOf(b, g, r));
   }
   return i;
 }
@@ -133,49 +163,15 @@ inline void encodeRounding(const Pixel128* px, size_t n, RgbeQuad* out) {
   for (; i < n; ++i) encodeRounding(px[i].red, px[i].green, px[i].blue, reinterpret_cast<uint8_t*>(out + i));
 }
 
-// The memory encoder over n 8-bit pixels. Every element is one of 256
-// values, the largest of a pixel decides its exponent (one of nine), so a
-// picture of 256 x 256 pixels or more goes through tables: the
-// exponent byte of each possible largest element, and the mantissa of each
-// element under each exponent, every entry made by the encoder itself.
+// The memory encoder over n 8-bit pixels.
 inline void encodeRounding(const Pixel32* px, size_t n, RgbeQuad* out) {
-  if (n < 65536) {  // the tables take some 33,000 encodings to make
-    for (size_t i = 0; i < n; ++i)
-      encodeRounding(encoderValue(px[i].red), encoderValue(px[i].green), encoderValue(px[i].blue),
-                     reinterpret_cast<uint8_t*>(out + i));
-    return;
-  }
-  uint8_t exponentOf[256];     // by largest element
-  uint8_t classOf[256];        // which mantissa table
-  uint8_t mantissa[10][256];   // by class, then element
-  int classes = 0;
-  uint8_t exponents[10];
-  for (uint32_t largest = 0; largest < 256; ++largest) {
-    uint8_t q[4];
-    encodeRounding(encoderValue(static_cast<uint8_t>(largest)), 0.0f, 0.0f, q);
-    exponentOf[largest] = q[3];
-    int c = 0;
-    while (c < classes && exponents[c] != q[3]) ++c;
-    if (c == classes) exponents[classes++] = q[3];
-    classOf[largest] = static_cast<uint8_t>(c);
-    // Each element up to this one under its scale: encoded beside the
-    // largest element, which fixes the scale.
-    for (uint32_t e = 0; e <= largest; ++e) {
-      uint8_t w[4];
-      encodeRounding(encoderValue(static_cast<uint8_t>(largest)), encoderValue(static_cast<uint8_t>(e)), 0.0f, w);
-      mantissa[c][e] = w[1];
-    }
-  }
-  for (size_t i = 0; i < n; ++i) {
-    uint32_t p;
-    std::memcpy(&p, px + i, 4);
-    const uint32_t b = p & 0xFFu, g = (p >> 8) & 0xFFu, r = (p >> 16) & 0xFFu;
-    const uint32_t gr = g > r ? g : r;
-    const uint32_t largest = b > gr ? b : gr;
-    const uint8_t* t = mantissa[classOf[largest]];
-    const uint32_t q = t[r] | (uint32_t{t[g]} << 8) | (uint32_t{t[b]} << 16) | (uint32_t{exponentOf[largest]} << 24);
-    std::memcpy(out + i, &q, 4);
-  }
+  size_t i = 0;
+#if defined(__SSE2__)
+  i = encodeRoundingVectors(px, n, out);
+#endif
+  for (; i < n; ++i)
+    encodeRounding(encoderValue(px[i].red), encoderValue(px[i].green), encoderValue(px[i].blue),
+                   reinterpret_cast<uint8_t*>(out + i));
 }
 
 // The file decoder: (m + 0.5) x 2^(e - 136) in double, stored as float; an

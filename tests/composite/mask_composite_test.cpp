@@ -124,6 +124,7 @@ TEST(MaskComposite, FailuresChangeNothing) {
   EXPECT_EQ(VexoMask(d->dc(), d->bitmap(), src->dc(), src->bitmap(), src->dc(), nullptr, 50, 0), -1);
   EXPECT_EQ(VexoMaskColor(d->dc(), d->bitmap(), wide->dc(), wide->bitmap(), 0xFF, 50, 0), -1);
   EXPECT_EQ(VexoMaskArrayDIB(out.dc(), 0, 0, 4, 4, d->dc(), d->bitmap(), maskArray.data(), wide->dc(), wide->bitmap(), 50, 0), -1);
+  EXPECT_EQ(VexoMaskArrayColor(d->dc(), d->bitmap(), nullptr, 0xFF, 50, 0), -1);
   {
     effects::ScratchLimit none(0);
     EXPECT_EQ(VexoMaskArrayColor(d->dc(), d->bitmap(), maskArray.data(), 0xFF, 50, 0), -1);

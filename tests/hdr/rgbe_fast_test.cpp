@@ -1,6 +1,6 @@
-// The in-memory RGBE encoders in bulk (float pixels in SSE2 vectors, 8-bit
-// pixels through tables) against the encoder one pixel at a time, which is
-// always the plain form.
+// The in-memory RGBE encoders in bulk (SSE2 vectors over whole vectors of
+// pixels) against the encoder one pixel at a time, which is always the plain
+// form.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -35,9 +35,9 @@ TEST(RgbeEncoderForms, FloatPixelsAgainstOneAtATime) {
   expectPerPixel(Convert128toRGBE, edges);
 }
 
-TEST(RgbeEncoderForms, EightBitPixelsThroughTheTablesAgainstOneAtATime) {
-  // Every 7th colour (all of them sharing each largest element), and a small
-  // picture that takes the plain form.
+TEST(RgbeEncoderForms, EightBitPixelsAgainstOneAtATime) {
+  // Every 7th colour (all of them sharing each largest element; a count that
+  // leaves a tail), and a small picture.
   std::vector<Pixel32> colours((1u << 24) / 7);
   for (uint32_t k = 0; k < colours.size(); ++k) {
     const uint32_t i = k * 7;
