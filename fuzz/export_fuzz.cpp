@@ -194,6 +194,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (int i = 0; i < e.paramCount(); ++i) {
     const std::string v = argumentText(in, e, e.params[i], why);
     if (!v.empty() || e.params[i].role == Role::Path) text.values[e.params[i].name] = v;
+    // The buffers the table cannot size are a device bitmap's 24-bit
+    // picture: room for the largest surface made here (24 x 24, rows padded
+    // to 72 bytes). A smaller one would be the caller's fault, not a finding.
+    if (e.params[i].shape.kind == table::Kind::Unknown && v != "@null")
+      text.values[std::string(e.params[i].name) + ".count"] = std::to_string(72 * 24);
   }
   text.values["fill"] = pick(in, {"default", "wide", "dark"});
   text.values["seed"] = std::to_string(in.ConsumeIntegral<uint16_t>());
