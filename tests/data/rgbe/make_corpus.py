@@ -142,6 +142,11 @@ start = bytes((2, 2, 0, W))
 broken("zero_run.hdr", start + bytes((128, 5)))
 broken("overlong_run.hdr", start + bytes((128 + 17, 5)))
 broken("run_past_plane_end.hdr", start + bytes((128 + 10, 5, 128 + 7, 6)))
+# Runs one longer than the plane, followed by the scanline's other planes: a
+# reader that let the run spill over would decode the scanline (and, in the
+# last plane, write past its buffer).
+broken("overlong_run_then_data.hdr", start + bytes((128 + 17, 5)) + bytes((128 + 16, 1)) * 3)
+broken("overlong_run_last_plane.hdr", start + bytes((128 + 16, 1)) * 3 + bytes((128 + 17, 5)))
 broken("zero_literal.hdr", start + bytes((0, 5)))
 # A count of 0 followed by a valid plane: a reader that accepted the empty
 # literal would go on and decode the scanline.
