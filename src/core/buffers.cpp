@@ -13,14 +13,20 @@ namespace {
 
 using namespace buffers;
 
-// The vector form over whole vectors, then the plain form on the rest.
+// The vector form over whole vectors, then the plain form on the rest. A
+// float pixel fills a vector alone, so where only one of its elements
+// changes (one channel inverted, the mask set or inverted) the plain form,
+// which touches that element only, is the faster one: `vectors` says false.
 template <class P, class Vector, class Plain>
-void walk(int32_t n, P* px, Vector&& vector, const Plain& plain) {
+void walk(int32_t n, P* px, Vector&& vector, const Plain& plain, bool vectors = true) {
   const size_t count = pixelsForCount<P>(n);
   if (px == nullptr || count == 0) return;
   const FloatEnvironment env;
-  for (size_t i = simd::inPlace(px, count, vector); i < count; ++i) plain(px[i]);
+  for (size_t i = vectors ? simd::inPlace(px, count, vector) : 0; i < count; ++i) plain(px[i]);
 }
+
+// Whether a float walk changes a single element of each pixel.
+inline bool oneElement(const Channels& c) { return int{c.blue} + int{c.green} + int{c.red} == 1; }
 
 #if defined(__SSE2__)
 // x inverted in the lanes of `lanes` (bytes, words or floats by layout).
@@ -60,7 +66,8 @@ void invert(int32_t n, typename L::Pixel* px, int32_t channel) {
   if (!c.any()) return;
 #if defined(__SSE2__)
   const __m128i lanes = simd::chosenLanes(c, px);
-  walk(n, px, [lanes](__m128i x) { return invertLanes(x, lanes, static_cast<P*>(nullptr)); }, Invert<P>{c});
+  walk(n, px, [lanes](__m128i x) { return invertLanes(x, lanes, static_cast<P*>(nullptr)); }, Invert<P>{c},
+       L::integer || !oneElement(c));
 #else
   walk(n, px, 0, Invert<P>{c});
 #endif
@@ -71,7 +78,8 @@ void invertMask(int32_t n, typename L::Pixel* px) {
   using P = typename L::Pixel;
 #if defined(__SSE2__)
   const __m128i lanes = simd::maskLanes(px);
-  walk(n, px, [lanes](__m128i x) { return invertLanes(x, lanes, static_cast<P*>(nullptr)); }, InvertMask<P>{});
+  walk(n, px, [lanes](__m128i x) { return invertLanes(x, lanes, static_cast<P*>(nullptr)); }, InvertMask<P>{},
+       L::integer);
 #else
   walk(n, px, 0, InvertMask<P>{});
 #endif
@@ -82,7 +90,8 @@ void setMask(int32_t n, typename L::Pixel* px, typename L::Element value) {
   using P = typename L::Pixel;
 #if defined(__SSE2__)
   const __m128i lanes = simd::maskLanes(px), values = repeated(P{0, 0, 0, value});
-  walk(n, px, [lanes, values](__m128i x) { return simd::select(lanes, values, x); }, SetMask<P>{value});
+  walk(n, px, [lanes, values](__m128i x) { return simd::select(lanes, values, x); }, SetMask<P>{value},
+       L::integer);
 #else
   walk(n, px, 0, SetMask<P>{value});
 #endif
