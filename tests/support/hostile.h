@@ -122,6 +122,7 @@ inline constexpr WorkCap kWorkCaps[] = {
     {"VexoMotionBlur", "distance", 65536},  // 2 x distance + 1 samples a pixel
     {"VexoZoomBlur", "strength", 65536},    // up to strength / 2 samples a pixel
     {"VexoRadialBlur", "spread", 4096},     // 2 x spread + 1 sines and cosines a pixel
+    {"VexoBlooming", "passes", 4096},       // softenings until one changes nothing
 };
 
 // Pointer arguments an export never looks at, so a null one is not invalid.
