@@ -21,8 +21,8 @@
 // billions of pixels, so only the full pass runs them.
 #pragma once
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -273,11 +273,7 @@ class Watchdog {
     thread_ = std::thread([this] { watch(); });
   }
   ~Watchdog() {
-    {
-      std::lock_guard<std::mutex> lock(mutex_);
-      stop_ = true;
-    }
-    wake_.notify_all();
+    stop_ = true;
     thread_.join();
   }
   Watchdog(const Watchdog&) = delete;
@@ -305,10 +301,13 @@ class Watchdog {
   }
 
  private:
+  // A plain sleep rather than a timed wait on a condition variable: under
+  // Wine the mingw-w64 thread library's timed wait sometimes never returned,
+  // and the join at the end hung.
   void watch() {
-    std::unique_lock<std::mutex> lock(mutex_);
     while (!stop_) {
-      wake_.wait_for(lock, std::chrono::milliseconds(100));
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      std::lock_guard<std::mutex> lock(mutex_);
       if (!busy_) continue;
       const auto took = std::chrono::steady_clock::now() - started_;
       const uint64_t memory = ownMemory();
@@ -324,11 +323,11 @@ class Watchdog {
   std::chrono::seconds limit_;
   uint64_t memoryLimit_;
   std::mutex mutex_;
-  std::condition_variable wake_;
   std::thread thread_;
   std::string current_;
   std::chrono::steady_clock::time_point started_;
-  bool busy_ = false, stop_ = false;
+  bool busy_ = false;
+  std::atomic<bool> stop_{false};
 };
 
 // ------------------------------------------------------------------ runner
