@@ -275,7 +275,7 @@ bool matteEverySample(const Picture<typename L::Pixel>& pic, int32_t threshold) 
   }
   for (int32_t y = 0; y < h; ++y) {
     P* row = pic.row(y);
-    const bool rowsInside = y >= R && y + R < h;
+    const bool rowsInside = y >= R && y < h - R;  // h - R: y + R could pass INT32_MAX
     for (int32_t x = 0; x < w; ++x) {
       const P centre = row[x];
       const BrightnessWindow<L> window(Threshold ? plane[y * stride + x] : B{}, threshold);

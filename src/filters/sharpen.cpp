@@ -130,7 +130,7 @@ bool unsharpRadius(const Picture<typename L::Pixel>& pic, double amount) {
       // vector, but the four chains of additions run side by side. The sums
       // read the kept entry rows, so the results written into the picture's
       // row do not disturb them.
-      if (y >= R && y + R < h) {
+      if (y >= R && y < h - R) {
         const P* rows[2 * R + 1];
         for (int32_t j = 0; j <= 2 * R; ++j) rows[j] = entry.row(y - R + j);
         for (; x < R && x < w; ++x) combine(row[x], boxSum<L>(rowOf, w, h, x, y, R, row[x], all));

@@ -227,7 +227,7 @@ void scaleRow(P* to, const P* from, const int32_t* columns, int32_t width) {
 #if defined(__SSE2__)
   if constexpr (sizeof(P) == 4) {
     const __m128i colour = _mm_set1_epi32(0x00FFFFFF);
-    for (; x + 4 <= width; x += 4) {
+    for (; x < width - 3; x += 4) {  // not x + 4 <= width: that passes INT32_MAX on the widest rows
       int32_t s[4];
       for (int i = 0; i < 4; ++i) std::memcpy(&s[i], from + columns[x + i], 4);
       const __m128i t = _mm_and_si128(loadPixels(to + x), colour);
@@ -235,7 +235,7 @@ void scaleRow(P* to, const P* from, const int32_t* columns, int32_t width) {
     }
   } else if constexpr (sizeof(P) == 8) {
     const __m128i colour = _mm_set1_epi64x(0x0000FFFFFFFFFFFF);
-    for (; x + 2 <= width; x += 2) {
+    for (; x < width - 1; x += 2) {
       const __m128i s = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + columns[x])),
                                            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + columns[x + 1])));
       storePixels(to + x, _mm_add_epi16(_mm_and_si128(loadPixels(to + x), colour), s));

@@ -472,6 +472,8 @@ inline Tally runAll(bool full, std::chrono::seconds limit, const std::string& on
     if (!only.empty() && std::string(e.name).rfind(only, 0) != 0) continue;
     const auto row = rows.find(e.name);
     const CallText base = row != rows.end() ? row->second : syntheticRow(e);
+    // The full pass takes hours: say where it is.
+    if (isolated) std::printf("  at %s (%ld calls so far)\n", e.name, tally.run), std::fflush(stdout);
     for (const Case& c : casesFor(e, base)) {
       if (isolated) runCaseIsolated(e, c, full, limit, watchdog, tally);
       else runCase(e, c, full, watchdog, tally);
