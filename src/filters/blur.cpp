@@ -91,20 +91,20 @@ void glowRow(typename L::Pixel* row, int32_t width, const int32_t* narrowSums, i
     P after = before;
     Sum3<L> s;
     if (glowsWide<L>(brightness<L>(before))) {
-      const int32_t* e = wideSums + 4 * x;
+      const int32_t* e = wideSums + laneIndex(x);
       s.blue = e[0] + kWide * w0;
       s.green = e[1] + kWide * w1;
       s.red = e[2] + kWide * w2;
       storeGlow<L, 3>(after, s);
     } else {
-      const int32_t* e = narrowSums + 4 * x;
+      const int32_t* e = narrowSums + laneIndex(x);
       s.blue = e[0] + kNarrow * n0;
       s.green = e[1] + kNarrow * n1;
       s.red = e[2] + kNarrow * n2;
       storeGlow<L, 1>(after, s);
     }
     row[x] = after;
-    int32_t* c = changes + 4 * x;
+    int32_t* c = changes + laneIndex(x);
     c[0] = static_cast<int32_t>(after.blue) - static_cast<int32_t>(before.blue);
     c[1] = static_cast<int32_t>(after.green) - static_cast<int32_t>(before.green);
     c[2] = static_cast<int32_t>(after.red) - static_cast<int32_t>(before.red);
@@ -112,11 +112,11 @@ void glowRow(typename L::Pixel* row, int32_t width, const int32_t* narrowSums, i
     n0 += c[0], n1 += c[1], n2 += c[2];
     w0 += c[0], w1 += c[1], w2 += c[2];
     if (x >= 1) {
-      const int32_t* o = changes + 4 * (x - 1);
+      const int32_t* o = changes + laneIndex(x - 1);
       n0 -= o[0], n1 -= o[1], n2 -= o[2];
     }
     if (x >= 3) {
-      const int32_t* o = changes + 4 * (x - 3);
+      const int32_t* o = changes + laneIndex(x - 3);
       w0 -= o[0], w1 -= o[1], w2 -= o[2];
     }
   }
@@ -211,7 +211,7 @@ void matteRow(typename L::Pixel* row, int32_t width, const int32_t* sums, int32_
   int32_t d0 = 0, d1 = 0, d2 = 0;
   for (int32_t x = 0; x < width; ++x) {
     const P before = row[x];
-    const int32_t* e = sums + 4 * x;
+    const int32_t* e = sums + laneIndex(x);
     Sum3<L> s;
     s.blue = e[0] + k * d0;
     s.green = e[1] + k * d1;
@@ -219,7 +219,7 @@ void matteRow(typename L::Pixel* row, int32_t width, const int32_t* sums, int32_
     P after = before;
     storeMatte<L, R>(after, s);
     row[x] = after;
-    int32_t* c = changes + 4 * x;
+    int32_t* c = changes + laneIndex(x);
     c[0] = static_cast<int32_t>(after.blue) - static_cast<int32_t>(before.blue);
     c[1] = static_cast<int32_t>(after.green) - static_cast<int32_t>(before.green);
     c[2] = static_cast<int32_t>(after.red) - static_cast<int32_t>(before.red);
@@ -228,7 +228,7 @@ void matteRow(typename L::Pixel* row, int32_t width, const int32_t* sums, int32_
     d1 += c[1];
     d2 += c[2];
     if (x >= R) {
-      const int32_t* o = changes + 4 * (x - R);
+      const int32_t* o = changes + laneIndex(x - R);
       d0 -= o[0];
       d1 -= o[1];
       d2 -= o[2];

@@ -80,8 +80,10 @@ inline void morphRowFast(typename L::Pixel* out, const typename L::Pixel* up, co
   const E* u = elementsOf(up);
   const E* m = elementsOf(mid);
   const E* d = elementsOf(down);
-  const int32_t end = (width - 1) * S;  // the elements of columns 1 .. width - 2
-  int32_t i = S;
+  // The elements of columns 1 .. width - 2, counted in ptrdiff_t: a row has
+  // up to INT32_MAX pixels, and so more elements than int32_t holds.
+  const ptrdiff_t end = static_cast<ptrdiff_t>(width - 1) * S;
+  ptrdiff_t i = S;
   for (; i + O::kCount <= end; i += O::kCount) {
     const decltype(start) cells[8] = {O::load(u + i - S), O::load(u + i), O::load(u + i + S),
                                       O::load(m + i - S), O::load(m + i), O::load(m + i + S),
@@ -91,7 +93,7 @@ inline void morphRowFast(typename L::Pixel* out, const typename L::Pixel* up, co
     if constexpr (R == Reduce::Contour) r = O::subtract(cells[4], r);
     O::store(o + i, simd::select<E>(mask, r, cells[4]));
   }
-  const int32_t x = i / S;
+  const int32_t x = static_cast<int32_t>(i / S);
   if (x < width - 1) morphRowPlain<L, W, R>(out + x - 1, up + x - 1, mid + x - 1, down + x - 1, width - x + 1);
 }
 #endif

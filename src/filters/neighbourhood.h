@@ -234,6 +234,10 @@ inline Sum3<L> boxSum(RowOf&& rowOf, int32_t width, int32_t height, int32_t x, i
 // a pixel costs the same for every radius. V and the sums keep four lanes a
 // column, one per element; the mask's lane is summed too and never read.
 
+// Where column c's four lanes start. Formed in size_t: 4 * c in 32 bits
+// passes INT32_MAX from column 2^29 on, and rows can be that wide.
+inline size_t laneIndex(int32_t c) { return 4 * static_cast<size_t>(c); }
+
 // Adds k times the elements of a row of pixels to the lanes.
 template <class P>
 inline void addRow(int32_t* lanes, const P* row, int32_t width, int32_t k) {
@@ -265,10 +269,10 @@ inline void slideColumns(int32_t* v, const int32_t* changes, const P* added, con
 #if defined(__SSE2__)
   if constexpr (std::is_same_v<P, Pixel32> || std::is_same_v<P, Pixel64>) {
     for (int32_t c = 0; c < width; ++c) {
-      __m128i t = _mm_add_epi32(loadLanes(v + 4 * c), pixelLanes(added + c));
+      __m128i t = _mm_add_epi32(loadLanes(v + laneIndex(c)), pixelLanes(added + c));
       if (removed) t = _mm_sub_epi32(t, pixelLanes(removed + c));
-      if (changes) t = _mm_add_epi32(t, loadLanes(changes + 4 * c));
-      storeLanes(v + 4 * c, t);
+      if (changes) t = _mm_add_epi32(t, loadLanes(changes + laneIndex(c)));
+      storeLanes(v + laneIndex(c), t);
     }
     return;
   }
@@ -292,20 +296,20 @@ inline void boxRow(int32_t* sums, const int32_t* v, const P* row, int32_t width,
         const int32_t colsPast = r > width - 1 - x ? r - (width - 1 - x) : 0;
         const int32_t n = (2 * r + 1) * colsBefore;
         const auto* p = elementsOf(&row[x]);
-        const int32_t* last = v + 4 * (width - 1);
+        const int32_t* last = v + laneIndex(width - 1);
         alignas(16) int32_t w[4];
         _mm_store_si128(reinterpret_cast<__m128i*>(w), window);
-        for (int j = 0; j < 4; ++j) sums[4 * x + j] = w[j] + colsPast * last[j] + n * static_cast<int32_t>(p[j]);
-        if (x - r >= 0) window = _mm_sub_epi32(window, loadLanes(v + 4 * (x - r)));
-        if (r < width - 1 - x) window = _mm_add_epi32(window, loadLanes(v + 4 * (x + 1 + r)));
+        for (int j = 0; j < 4; ++j) sums[laneIndex(x) + j] = w[j] + colsPast * last[j] + n * static_cast<int32_t>(p[j]);
+        if (x - r >= 0) window = _mm_sub_epi32(window, loadLanes(v + laneIndex(x - r)));
+        if (r < width - 1 - x) window = _mm_add_epi32(window, loadLanes(v + laneIndex(x + 1 + r)));
       }
     };
     __m128i window = _mm_setzero_si128();
-    for (int32_t c = 0; c <= r; ++c) window = _mm_add_epi32(window, loadLanes(v + 4 * c));
+    for (int32_t c = 0; c <= r; ++c) window = _mm_add_epi32(window, loadLanes(v + laneIndex(c)));
     edge(0, r, window);
     for (int32_t x = r; x < width - r - 1; ++x) {
-      storeLanes(sums + 4 * x, window);
-      window = _mm_add_epi32(_mm_sub_epi32(window, loadLanes(v + 4 * (x - r))), loadLanes(v + 4 * (x + 1 + r)));
+      storeLanes(sums + laneIndex(x), window);
+      window = _mm_add_epi32(_mm_sub_epi32(window, loadLanes(v + laneIndex(x - r))), loadLanes(v + laneIndex(x + 1 + r)));
     }
     edge(width - r - 1, width, window);
     return;
@@ -313,19 +317,19 @@ inline void boxRow(int32_t* sums, const int32_t* v, const P* row, int32_t width,
 #endif
   const int32_t n = 2 * r + 1;
   const int32_t rowsBefore = r > y ? r - y : 0;
-  const int32_t* last = v + 4 * (width - 1);
+  const int32_t* last = v + laneIndex(width - 1);
   int32_t window[4] = {};
   for (int32_t c = 0; c <= r && c < width; ++c)
-    for (int j = 0; j < 4; ++j) window[j] += v[4 * c + j];
+    for (int j = 0; j < 4; ++j) window[j] += v[laneIndex(c) + j];
   for (int32_t x = 0; x < width; ++x) {
     const int32_t colsBefore = r > x ? r - x : 0;
     const int32_t colsPast = r > width - 1 - x ? r - (width - 1 - x) : 0;
     const int32_t nCentre = rowsBefore * n + (n - rowsBefore) * colsBefore;
     const auto* p = elementsOf(&row[x]);
-    int32_t* s = sums + 4 * x;
+    int32_t* s = sums + laneIndex(x);
     for (int j = 0; j < 4; ++j) s[j] = window[j] + colsPast * last[j] + nCentre * static_cast<int32_t>(p[j]);
-    const int32_t* out = x - r >= 0 ? v + 4 * (x - r) : nullptr;
-    const int32_t* in = r < width - 1 - x ? v + 4 * (x + 1 + r) : nullptr;
+    const int32_t* out = x - r >= 0 ? v + laneIndex(x - r) : nullptr;
+    const int32_t* in = r < width - 1 - x ? v + laneIndex(x + 1 + r) : nullptr;
     for (int j = 0; j < 4; ++j) window[j] += (in ? in[j] : 0) - (out ? out[j] : 0);
   }
 }

@@ -60,7 +60,7 @@ inline void unsharpRowFast(typename L::Pixel* row, const int32_t* sums, int32_t 
   const __m128d up = _mm_set1_pd(1.0 + amount), down = _mm_set1_pd(amount);
   const __m128i zero = _mm_setzero_si128();
   for (int32_t x = 0; x < width; ++x) {
-    const __m128i s = loadLanes(sums + 4 * x);
+    const __m128i s = loadLanes(sums + laneIndex(x));
     const __m128i p = pixelLanes(&row[x]);
     const auto lane = [&](__m128i sum, __m128i px) {
       const __m128d blurred = _mm_cvtepi32_pd(_mm_cvttpd_epi32(_mm_add_pd(_mm_mul_pd(_mm_cvtepi32_pd(sum), inverse), nudge)));
@@ -111,9 +111,9 @@ bool unsharpRadius(const Picture<typename L::Pixel>& pic, double amount) {
 #endif
       for (int32_t x = 0; x < w; ++x) {
         Sum3<L> s;
-        s.blue = sums[4 * x];
-        s.green = sums[4 * x + 1];
-        s.red = sums[4 * x + 2];
+        s.blue = sums[laneIndex(x)];
+        s.green = sums[laneIndex(x) + 1];
+        s.red = sums[laneIndex(x) + 2];
         combine(row[x], s);
       }
     }
@@ -134,7 +134,7 @@ bool unsharpRadius(const Picture<typename L::Pixel>& pic, double amount) {
         const P* rows[2 * R + 1];
         for (int32_t j = 0; j <= 2 * R; ++j) rows[j] = entry.row(y - R + j);
         for (; x < R && x < w; ++x) combine(row[x], boxSum<L>(rowOf, w, h, x, y, R, row[x], all));
-        for (; x + 3 < w - R; x += 4) {
+        for (; x < w - R - 3; x += 4) {  // not x + 3 < w - R: x + 3 can pass INT32_MAX
           __m128 acc[4] = {_mm_setzero_ps(), _mm_setzero_ps(), _mm_setzero_ps(), _mm_setzero_ps()};
           for (int32_t j = 0; j <= 2 * R; ++j) {
             const float* r = &rows[j][x - R].blue;

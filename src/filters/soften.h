@@ -20,6 +20,7 @@
 // The pair average is symmetric, so the order of its arguments is free.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -101,8 +102,10 @@ inline void horizontalFast(const P* row, P* h, int32_t width) {
   if (width < 3) return horizontalPlain<P, W>(row, h, width);
   const E* r = elementsOf(row);
   E* o = elementsOf(h);
-  const int32_t end = (width - 1) * S;  // the elements of columns 1 .. width - 2
-  int32_t i = S;
+  // The elements of columns 1 .. width - 2, counted in ptrdiff_t: a row has
+  // up to INT32_MAX pixels, and so more elements than int32_t holds.
+  const ptrdiff_t end = static_cast<ptrdiff_t>(width - 1) * S;
+  ptrdiff_t i = S;
   for (; i + O::kCount <= end; i += O::kCount)
     O::store(o + i, O::average(O::average(O::load(r + i - S), O::load(r + i + S)), O::load(r + i)));
   for (; i < end; ++i) o[i] = pairAverage<L>(pairAverage<L>(r[i - S], r[i + S]), r[i]);
@@ -123,9 +126,9 @@ inline bool verticalFast(P* out, const P* up, const P* mid, const P* down, int32
   const E* u = up ? elementsOf(up) : nullptr;
   const E* m = elementsOf(mid);
   const E* d = elementsOf(down);
-  const int32_t end = width * S;
+  const ptrdiff_t end = static_cast<ptrdiff_t>(width) * S;  // past INT32_MAX on the widest rows
   bool changed = false;
-  int32_t i = 0;
+  ptrdiff_t i = 0;
   for (; i + O::kCount <= end; i += O::kCount) {
     const auto mv = O::load(m + i);
     const auto r = first ? O::average(mv, O::load(d + i))
