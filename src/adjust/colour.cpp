@@ -44,25 +44,19 @@ void saturation32(int32_t n, Pixel32* px, int32_t amount) {
   for (i += sse2::saturate32(px + i, count - i, s); i < count; ++i) plain(px[i]);
 }
 
-// 16 bits: s = amount + 32767 in 0..98301, divided by 32767 in signed 32-bit
-// arithmetic. The products are 32-bit and wrap for the strongest settings on
-// very unbalanced pixels, as the 32-bit arithmetic does; the clamp then
-// decides.
+// 16 bits: s = amount + 32767 (see Saturate64); the vector forms over whole
+// vectors, the plain form on the rest.
 void saturation64(int32_t n, Pixel64* px, int32_t amount) {
   const int32_t s = clampTo(amount, -32767, 65534) + 32767;
-  if (s == 32767 || n < 1) return;
+  if (s == 32767 || n < 1 || px == nullptr) return;
   if (s == 0) return greyToAverage(n, px);
-  const int32_t keep = 32767 - s;
-  forEachPixel(n, px, [s, keep](Pixel64& p) {
-    const int32_t avg = (p.blue + p.green + p.red) / 3;
-    auto move = [&](int32_t c) {
-      const int32_t q = divTrunc(wrapAdd(wrapMul(c, s), wrapMul(keep, avg)), 32767);
-      return static_cast<uint16_t>(clampTo(q, 0, 32767));
-    };
-    p.blue = move(p.blue);
-    p.green = move(p.green);
-    p.red = move(p.red);
-  });
+  const size_t count = pixelsForCount<Pixel64>(n);
+  const Saturate64 plain{s};
+  size_t i = 0;
+#if EFFECTS_WIDE
+  if (cpu::avx2()) i = sse2::saturate64Avx2(px, count, s);
+#endif
+  for (i += sse2::saturate64(px + i, count - i, s); i < count; ++i) plain(px[i]);
 }
 
 // Float: the amount keeps the 16-bit layout's range, scaled by 1/255, so the

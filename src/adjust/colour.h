@@ -30,6 +30,25 @@ struct Saturate32 {
   }
 };
 
+// 16 bits: s = amount + 32767 in 1..98301 (not 32767), divided by 32767 in
+// signed 32-bit arithmetic. The products are 32-bit and wrap for the
+// strongest settings on very unbalanced pixels, as the 32-bit arithmetic
+// does; the clamp then decides.
+struct Saturate64 {
+  int32_t s;
+  void operator()(Pixel64& p) const {
+    const int32_t keep = 32767 - s;
+    const int32_t avg = (p.blue + p.green + p.red) / 3;
+    auto move = [&](int32_t c) {
+      const int32_t q = divTrunc(wrapAdd(wrapMul(c, s), wrapMul(keep, avg)), 32767);
+      return static_cast<uint16_t>(clampTo(q, 0, 32767));
+    };
+    p.blue = move(p.blue);
+    p.green = move(p.green);
+    p.red = move(p.red);
+  }
+};
+
 struct HueStep {
   int32_t sector;  // 0..6
   int32_t weight;  // 0..255

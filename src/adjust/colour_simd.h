@@ -1,4 +1,4 @@
-// SSE2 forms of the 8-bit colour mixes (and an AVX2 saturation). Each works
+// SSE2 forms of the colour mixes (and AVX2 saturations). Each works
 // on whole vectors of pixels from the start of a span and returns how many
 // pixels it did; the plain forms of adjust/colour.h finish the rest.
 #pragma once
@@ -43,6 +43,59 @@ inline size_t saturate32(Pixel32* px, size_t n, int32_t s) {
     const __m128i v = simd::load(px + i);
     const __m128i out = _mm_packus_epi16(detail::saturateTwo(_mm_unpacklo_epi8(v, zero), weights),
                                          detail::saturateTwo(_mm_unpackhi_epi8(v, zero), weights));
+    simd::store(px + i, simd::select(masks, v, out));
+  }
+  return i;
+}
+
+namespace detail {
+
+// Low 32 bits of a x b in each 32-bit lane (what the plain form's wrapping
+// product gives): SSE2 multiplies the even and the odd lanes apart.
+inline __m128i mulWrapping(__m128i a, __m128i b) {
+  const __m128i even = _mm_mul_epu32(a, b);
+  const __m128i odd = _mm_mul_epu32(_mm_srli_epi64(a, 32), _mm_srli_epi64(b, 32));
+  return _mm_unpacklo_epi32(_mm_shuffle_epi32(even, _MM_SHUFFLE(0, 0, 2, 0)),
+                            _mm_shuffle_epi32(odd, _MM_SHUFFLE(0, 0, 2, 0)));
+}
+
+// The 16-bit saturation's last step on x = c s + keep avg (wrapped):
+// trunc(x / 32767) clamped to 0..32767. A negative x gives 0 and anything
+// from 32767^2 up gives 32767, so x is first clamped to 0..32767^2; there
+// (x + (x >> 15) + 1) >> 15 is x / 32767 exactly (checked for every x in
+// that range).
+constexpr int32_t kSaturate64Top = 32767 * 32767;
+
+inline __m128i divide32767(__m128i x) {
+  x = _mm_andnot_si128(_mm_srai_epi32(x, 31), x);
+  const __m128i top = _mm_set1_epi32(kSaturate64Top);
+  x = simd::select(_mm_cmpgt_epi32(x, top), top, x);
+  return _mm_srli_epi32(_mm_add_epi32(_mm_add_epi32(x, _mm_srli_epi32(x, 15)), _mm_set1_epi32(1)), 15);
+}
+
+// One 16-bit pixel in 32-bit lanes (b, g, r, mask). keep x avg + c x s is
+// rewritten as s x (c - avg) + 32767 x avg, the same value modulo 2^32, so
+// one product a lane does. The average (b + g + r) / 3: the sum (at most
+// 196,605) is exact in single precision, and its product with 0.33333334f
+// truncates to sum / 3 for every sum up to there (checked for all of them).
+inline __m128i saturateOne(__m128i x, __m128i s) {
+  const __m128i sum = _mm_add_epi32(_mm_add_epi32(x, _mm_shuffle_epi32(x, _MM_SHUFFLE(3, 0, 2, 1))),
+                                    _mm_shuffle_epi32(x, _MM_SHUFFLE(3, 1, 0, 2)));
+  const __m128i avg = _mm_cvttps_epi32(_mm_mul_ps(_mm_cvtepi32_ps(sum), _mm_set1_ps(0.33333334f)));
+  const __m128i scaled = mulWrapping(_mm_sub_epi32(x, avg), s);
+  return divide32767(_mm_add_epi32(scaled, _mm_sub_epi32(_mm_slli_epi32(avg, 15), avg)));
+}
+
+}  // namespace detail
+
+// 16-bit saturation, s in 1..98301, two pixels a vector; the masks are kept.
+inline size_t saturate64(Pixel64* px, size_t n, int32_t s) {
+  const __m128i zero = _mm_setzero_si128(), masks = simd::maskLanes(px), sv = _mm_set1_epi32(s);
+  size_t i = 0;
+  for (; i + 2 <= n; i += 2) {
+    const __m128i v = simd::load(px + i);
+    const __m128i out = _mm_packs_epi32(detail::saturateOne(_mm_unpacklo_epi16(v, zero), sv),
+                                        detail::saturateOne(_mm_unpackhi_epi16(v, zero), sv));
     simd::store(px + i, simd::select(masks, v, out));
   }
   return i;
@@ -114,11 +167,38 @@ EFFECTS_TARGET_AVX2 inline size_t saturate32Avx2(Pixel32* px, size_t n, int32_t 
   }
   return i;
 }
+
+// The 16-bit saturation with the same steps, two pixels a 256-bit vector and
+// four a loop step (the packing works within 128-bit halves, so the result's
+// quarters are put back in order).
+EFFECTS_TARGET_AVX2 inline __m256i saturateTwo64(__m256i x, __m256i s) {
+  const __m256i sum = _mm256_add_epi32(_mm256_add_epi32(x, _mm256_shuffle_epi32(x, _MM_SHUFFLE(3, 0, 2, 1))),
+                                       _mm256_shuffle_epi32(x, _MM_SHUFFLE(3, 1, 0, 2)));
+  const __m256i avg = _mm256_cvttps_epi32(_mm256_mul_ps(_mm256_cvtepi32_ps(sum), _mm256_set1_ps(0.33333334f)));
+  __m256i v = _mm256_add_epi32(_mm256_mullo_epi32(_mm256_sub_epi32(x, avg), s),
+                               _mm256_sub_epi32(_mm256_slli_epi32(avg, 15), avg));
+  v = _mm256_min_epi32(_mm256_max_epi32(v, _mm256_setzero_si256()), _mm256_set1_epi32(detail::kSaturate64Top));
+  return _mm256_srli_epi32(_mm256_add_epi32(_mm256_add_epi32(v, _mm256_srli_epi32(v, 15)), _mm256_set1_epi32(1)), 15);
+}
+
+EFFECTS_TARGET_AVX2 inline size_t saturate64Avx2(Pixel64* px, size_t n, int32_t s) {
+  const __m256i sv = _mm256_set1_epi32(s);
+  size_t i = 0;
+  for (; i + 4 <= n; i += 4) {
+    const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(px + i));
+    const __m256i first = saturateTwo64(_mm256_cvtepu16_epi32(_mm256_castsi256_si128(v)), sv);
+    const __m256i second = saturateTwo64(_mm256_cvtepu16_epi32(_mm256_extracti128_si256(v, 1)), sv);
+    const __m256i out = _mm256_permute4x64_epi64(_mm256_packus_epi32(first, second), _MM_SHUFFLE(3, 1, 2, 0));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(px + i), _mm256_blend_epi16(out, v, 0x88));
+  }
+  return i;
+}
 #endif
 
 #else
 
 inline size_t saturate32(Pixel32*, size_t, int32_t) { return 0; }
+inline size_t saturate64(Pixel64*, size_t, int32_t) { return 0; }
 template <int Sector>
 inline size_t hue32(Pixel32*, size_t, int32_t) { return 0; }
 

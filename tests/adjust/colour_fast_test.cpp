@@ -1,4 +1,4 @@
-// The vector forms of the 8-bit saturation and hue wheel against their plain
+// The vector forms of the saturations and the 8-bit hue wheel against their plain
 // per-pixel forms: every fifth colour at the settings where the arithmetic is
 // at its ends, every 31st (the low bits varied too) at the others. (The
 // exhaustive sweeps of the checksum table run every colour through three
@@ -57,6 +57,28 @@ TEST(ColourVectorForms, SseSaturationAgainstThePlainForm) {
   }
 }
 #endif
+
+// 16 bits: random pixels over the whole 16-bit range, and every combination
+// of the values where the average, the wrapping products and the clamp turn
+// (the pictures' lengths leave tails for the plain form).
+TEST(ColourVectorForms, Saturation64AgainstThePlainForm) {
+  auto in = varied<Pixel64>(20011);
+  const uint16_t edges[] = {0, 1, 2, 3, 32766, 32767, 32768, 32769, 43690, 65533, 65534, 65535};
+  for (uint16_t b : edges)
+    for (uint16_t g : edges)
+      for (uint16_t r : edges) in.push_back(Pixel64{b, g, r, uint16_t(b ^ g ^ r)});
+  for (int32_t amount : {-32766, -32765, -16384, -1, 1, 2, 16384, 32767, 32768, 49151, 65533, 65534}) {
+    SCOPED_TRACE(amount);
+    expectPlain(in, [=](Pixel64* p, int32_t n) { VexoSaturation64(4 * n, p, amount); }, Saturate64{amount + 32767});
+#if defined(__SSE2__)
+    auto got = in, want = in;
+    const size_t n = got.size(), done = colour::sse2::saturate64(got.data(), n, amount + 32767);
+    for (size_t i = done; i < n; ++i) Saturate64{amount + 32767}(got[i]);
+    for (auto& p : want) Saturate64{amount + 32767}(p);
+    ASSERT_EQ(got, want);
+#endif
+  }
+}
 
 TEST(ColourVectorForms, HueAgainstThePlainForm) {
   const auto some = colours(31);
