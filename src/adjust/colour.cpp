@@ -99,13 +99,21 @@ void hue32(int32_t width, int32_t height, Pixel32* px, int32_t hue) {
   });
 }
 
-// 16 bits: the weight shifted left by 7, out of 32640, divided exactly.
+// 16 bits: the weight shifted left by 7, out of 32640, divided exactly; the
+// vector forms over whole vectors, the plain form on the rest.
 void hue64(int32_t width, int32_t height, Pixel64* px, int32_t hue) {
   const FloatEnvironment env;
   const HueStep step = hueStep(hue);
-  const Mix64 mix{step.weight << 7};
+  const auto pic = packedPicture(width, height, px);
+  const size_t count = pic.pixelCount();
   withValue<0, 6>(step.sector, [&](auto sector) {
-    forEachPixel(packedPicture(width, height, px), [&](Pixel64& p) { rotateHue<decltype(sector)::value>(p, mix); });
+    constexpr int S = decltype(sector)::value;
+    const RotateHue<S, Pixel64, Mix64> plain{Mix64{step.weight << 7}};
+    size_t i = 0;
+#if EFFECTS_WIDE
+    if (cpu::avx2()) i = sse2::hue64Avx2<S>(pic.data(), count, step.weight);
+#endif
+    for (i += sse2::hue64<S>(pic.data() + i, count - i, step.weight); i < count; ++i) plain(pic.data()[i]);
   });
 }
 

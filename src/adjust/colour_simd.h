@@ -140,7 +140,80 @@ inline size_t hue32(Pixel32* px, size_t n, int32_t w) {
   return i;
 }
 
+// The 16-bit hue wheel. Every target element of a sector is mix(a, z) of
+// two of the pixel's elements, a copied element being mix(x, x) = x (the mask
+// too), so a sector is two shuffles of the pixel (these masks: the source
+// element of blue, green, red and the mask) and one mix on every lane.
+inline constexpr int kHueA64[7] = {_MM_SHUFFLE(3, 2, 1, 0), _MM_SHUFFLE(3, 2, 2, 0), _MM_SHUFFLE(3, 0, 2, 0),
+                                   _MM_SHUFFLE(3, 0, 2, 2), _MM_SHUFFLE(3, 0, 0, 2), _MM_SHUFFLE(3, 2, 0, 2),
+                                   _MM_SHUFFLE(3, 2, 0, 0)};
+inline constexpr int kHueZ64[7] = {_MM_SHUFFLE(3, 2, 2, 0), _MM_SHUFFLE(3, 0, 2, 0), _MM_SHUFFLE(3, 0, 2, 2),
+                                   _MM_SHUFFLE(3, 0, 0, 2), _MM_SHUFFLE(3, 2, 0, 2), _MM_SHUFFLE(3, 2, 0, 0),
+                                   _MM_SHUFFLE(3, 2, 1, 0)};
+
+namespace detail {
+// The mix with the weight shifted by 7, ((32640 - w) a + w z) / 32640, is
+// ((255 - weight) a + weight z) / 255 = (255 a + weight (z - a)) / 255. In
+// single precision every step is exact (integers below 2^24), and the
+// quotient by 255 truncates to the integer quotient for every such sum
+// (checked for all of them).
+inline __m128i mix64(__m128i a, __m128i z, __m128 weight) {
+  const __m128 fa = _mm_cvtepi32_ps(a), fz = _mm_cvtepi32_ps(z);
+  const __m128 sum = _mm_add_ps(_mm_mul_ps(fa, _mm_set1_ps(255.0f)), _mm_mul_ps(_mm_sub_ps(fz, fa), weight));
+  return _mm_cvttps_epi32(_mm_div_ps(sum, _mm_set1_ps(255.0f)));
+}
+}  // namespace detail
+
+// Two pixels a vector. The results (at most 65535) are narrowed with signed
+// saturation after taking 32768 off, and the bias is put back.
+template <int Sector>
+inline size_t hue64(Pixel64* px, size_t n, int32_t weight) {
+  constexpr int sa = kHueA64[Sector], sz = kHueZ64[Sector];
+  const __m128 w = _mm_set1_ps(static_cast<float>(weight));
+  const __m128i zero = _mm_setzero_si128(), bias = _mm_set1_epi32(32768);
+  size_t i = 0;
+  for (; i + 2 <= n; i += 2) {
+    const __m128i v = simd::load(px + i);
+    const __m128i a = _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, sa), sa);
+    const __m128i z = _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, sz), sz);
+    const __m128i first = _mm_sub_epi32(detail::mix64(_mm_unpacklo_epi16(a, zero), _mm_unpacklo_epi16(z, zero), w), bias);
+    const __m128i second = _mm_sub_epi32(detail::mix64(_mm_unpackhi_epi16(a, zero), _mm_unpackhi_epi16(z, zero), w), bias);
+    simd::store(px + i, _mm_xor_si128(_mm_packs_epi32(first, second), _mm_set1_epi16(static_cast<short>(0x8000))));
+  }
+  return i;
+}
+
 #if EFFECTS_WIDE
+namespace detail {
+EFFECTS_TARGET_AVX2 inline __m256i mix64(__m256i a, __m256i z, __m256 weight) {
+  const __m256 fa = _mm256_cvtepi32_ps(a), fz = _mm256_cvtepi32_ps(z);
+  const __m256 sum =
+      _mm256_add_ps(_mm256_mul_ps(fa, _mm256_set1_ps(255.0f)), _mm256_mul_ps(_mm256_sub_ps(fz, fa), weight));
+  return _mm256_cvttps_epi32(_mm256_div_ps(sum, _mm256_set1_ps(255.0f)));
+}
+}  // namespace detail
+
+// The same, four pixels a step (as the 16-bit saturation, the quarters of
+// the packed result are put back in order).
+template <int Sector>
+EFFECTS_TARGET_AVX2 inline size_t hue64Avx2(Pixel64* px, size_t n, int32_t weight) {
+  constexpr int sa = kHueA64[Sector], sz = kHueZ64[Sector];
+  const __m256 w = _mm256_set1_ps(static_cast<float>(weight));
+  size_t i = 0;
+  for (; i + 4 <= n; i += 4) {
+    const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(px + i));
+    const __m256i a = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(v, sa), sa);
+    const __m256i z = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(v, sz), sz);
+    const __m256i first = detail::mix64(_mm256_cvtepu16_epi32(_mm256_castsi256_si128(a)),
+                                        _mm256_cvtepu16_epi32(_mm256_castsi256_si128(z)), w);
+    const __m256i second = detail::mix64(_mm256_cvtepu16_epi32(_mm256_extracti128_si256(a, 1)),
+                                         _mm256_cvtepu16_epi32(_mm256_extracti128_si256(z, 1)), w);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(px + i),
+                        _mm256_permute4x64_epi64(_mm256_packus_epi32(first, second), _MM_SHUFFLE(3, 1, 2, 0)));
+  }
+  return i;
+}
+
 namespace detail {
 EFFECTS_TARGET_AVX2 inline __m256i saturateTwo(__m256i x, __m256i weights) {
   const __m256i sum = _mm256_add_epi16(_mm256_add_epi16(x, _mm256_srli_epi64(x, 16)), _mm256_srli_epi64(x, 32));
@@ -201,6 +274,8 @@ inline size_t saturate32(Pixel32*, size_t, int32_t) { return 0; }
 inline size_t saturate64(Pixel64*, size_t, int32_t) { return 0; }
 template <int Sector>
 inline size_t hue32(Pixel32*, size_t, int32_t) { return 0; }
+template <int Sector>
+inline size_t hue64(Pixel64*, size_t, int32_t) { return 0; }
 
 #endif
 

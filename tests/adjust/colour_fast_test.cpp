@@ -93,6 +93,30 @@ TEST(ColourVectorForms, HueAgainstThePlainForm) {
   }
 }
 
+TEST(ColourVectorForms, Hue64AgainstThePlainForm) {
+  auto in = varied<Pixel64>(4099);
+  const uint16_t edges[] = {0, 1, 254, 255, 256, 32767, 32768, 65279, 65534, 65535};
+  for (uint16_t b : edges)
+    for (uint16_t g : edges)
+      for (uint16_t r : edges) in.push_back(Pixel64{b, g, r, uint16_t(b + 3 * g + 7 * r)});
+  for (int32_t hue = 0; hue <= 350; hue += 7) {
+    SCOPED_TRACE(hue);
+    const HueStep step = hueStep(hue);
+    withValue<0, 6>(step.sector, [&](auto sector) {
+      constexpr int S = decltype(sector)::value;
+      const RotateHue<S, Pixel64, Mix64> plain{Mix64{step.weight << 7}};
+      expectPlain(in, [=](Pixel64* p, int32_t n) { VexoHue64(n, 1, p, hue); }, plain);
+#if defined(__SSE2__)
+      auto got = in, want = in;
+      const size_t n = got.size(), done = colour::sse2::hue64<S>(got.data(), n, step.weight);
+      for (size_t i = done; i < n; ++i) plain(got[i]);
+      for (auto& p : want) plain(p);
+      ASSERT_EQ(got, want);
+#endif
+    });
+  }
+}
+
 // The 8-bit filters, copies, swaps and grey run as operations on 32-bit words, four
 // at a time; the 16-bit members, element by element, do the same arithmetic
 // on the same values, so they are the plain form to hold them to.
