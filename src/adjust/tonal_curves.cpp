@@ -1,6 +1,7 @@
 // Tonal adjustments that look at more than one element: the sine curve, the
 // levels (input points, gamma, curve, output points), the equalizer that
 // keeps each pixel's dominant colour, and the whole-factor dodge.
+#include <array>
 #include <cmath>
 #include <type_traits>
 
@@ -64,6 +65,46 @@ struct LevelPoints {
 // Element i of a pixel is blue, green, red for i = 0, 1, 2.
 inline bool chosen(const Channels& ch, unsigned i) { return i == 0 ? ch.blue : i == 1 ? ch.green : ch.red; }
 
+// The channels the second pass maps: all three when all are chosen, else the
+// first chosen one of blue, green and red alone.
+inline bool secondPassMaps(const Channels& ch, unsigned i) {
+  if (ch.blue && ch.green && ch.red) return true;
+  const unsigned first = ch.blue ? 0 : ch.green ? 1 : 2;
+  return i == first;
+}
+
+// 16 bits, both passes in one walk over the pixels. The first pass's tables
+// are filled; where each is non-decreasing over the elements in the order
+// they compare (signed), a channel's new maximum is its table's entry for the
+// channel's largest element, found by a read-only sweep. The second pass's
+// map is then applied to the table entries, and the pixels go through the
+// composed tables once: the same values the two passes give, with one walk
+// instead of two. False (nothing done) where the tables do not pay or cannot
+// be had, or a table is not monotonic: the two passes then run.
+template <class L, class OutputPoints>
+bool levelsInOneWalk(typename L::Pixel* px, size_t count, const LevelsIn<L> (&in)[3], const Channels& ch,
+                     const OutputPoints& outputPoints) {
+  if (px == nullptr || !maps::worthTables(count, 3, 65536)) return false;
+  auto* t = static_cast<uint16_t*>(scratchBytes(3 * 65536 * sizeof(uint16_t), ScratchSlot::Fourth));
+  if (t == nullptr) return false;
+  uint16_t* table[3] = {t, t + 65536, t + 2 * 65536};
+  for (unsigned i = 0; i < 3; ++i) {
+    for (uint32_t v = 0; v < 65536; ++v) table[i][v] = in[i](static_cast<uint16_t>(v));
+    for (uint32_t k = 1; k < 65536; ++k)  // k - 32768 and k - 32769 as signed elements
+      if (table[i][(k + 32768) & 0xFFFF] < table[i][(k + 32767) & 0xFFFF]) return false;
+  }
+  uint16_t largest[3];
+  maps::signedMaxima(px, count, largest);
+  int32_t max[3];
+  for (unsigned i = 0; i < 3; ++i) max[i] = table[i][largest[i]];
+  const auto out = outputPoints(max);
+  for (unsigned i = 0; i < 3; ++i)
+    if (secondPassMaps(ch, i))
+      for (uint32_t v = 0; v < 65536; ++v) table[i][v] = out[i](table[i][v]);
+  maps::lookup(px, count, table[0], table[1], table[2]);
+  return true;
+}
+
 // Integer layouts. Pass 1 applies the input points (no stretching: below
 // the low point is black, above the high point full), gamma and, on chosen
 // channels, the sine curve, and finds each channel's maximum. Pass 2 maps
@@ -76,14 +117,21 @@ void adjustLevelsInt(int32_t n, typename L::Pixel* px, const LevelPoints (&pt)[3
   const LevelsIn<L> in[3] = {{pt[0].inHigh, pt[0].inLow, g, &factor, ch.blue},
                              {pt[1].inHigh, pt[1].inLow, g, &factor, ch.green},
                              {pt[2].inHigh, pt[2].inLow, g, &factor, ch.red}};
+  const auto outputPoints = [&](const int32_t (&max)[3]) {
+    std::array<LevelsOut<L>, 3> out;
+    for (unsigned i = 0; i < 3; ++i) {
+      const float range = pt[i].outHigh - pt[i].outLow;
+      out[i] = {max[i], 1.0 / max[i], range, pt[i].outLow};
+    }
+    return out;
+  };
+  if constexpr (sizeof(typename L::Element) == 2) {
+    if (ch.any() && levelsInOneWalk(px, count, in, ch, outputPoints)) return;
+  }
   maps::Maxima max;
   maps::each<L>(px, count, in[0], in[1], in[2], max);
   if (!ch.any()) return;
-  LevelsOut<L> out[3];
-  for (unsigned i = 0; i < 3; ++i) {
-    const float range = pt[i].outHigh - pt[i].outLow;
-    out[i] = {max.of[i], 1.0 / max.of[i], range, pt[i].outLow};
-  }
+  const auto out = outputPoints(max.of);
   const maps::Unchanged same;
   if (ch.blue && ch.green && ch.red) return maps::each<L>(px, count, out[0], out[1], out[2]);
   // A single chosen channel: the other two stay as they are.

@@ -124,6 +124,30 @@ struct Maxima {
   }
 };
 
+// The element of each colour channel with the largest value read as signed
+// 16 bits (the order the 16-bit maps compare elements in), over n >= 1
+// pixels.
+inline void signedMaxima(const Pixel64* px, size_t n, uint16_t (&of)[3]) {
+  int32_t m[3] = {INT16_MIN, INT16_MIN, INT16_MIN};
+  size_t i = 0;
+#if defined(__SSE2__)
+  if (n >= 2) {
+    __m128i v = _mm_set1_epi16(INT16_MIN);
+    for (; i + 2 <= n; i += 2) v = _mm_max_epi16(v, _mm_loadu_si128(reinterpret_cast<const __m128i*>(px + i)));
+    alignas(16) int16_t w[8];
+    _mm_store_si128(reinterpret_cast<__m128i*>(w), v);
+    for (unsigned k = 0; k < 8; k += 4)
+      for (unsigned c = 0; c < 3; ++c) m[c] = w[k + c] > m[c] ? w[k + c] : m[c];
+  }
+#endif
+  for (; i < n; ++i) {
+    const int16_t e[3] = {static_cast<int16_t>(px[i].blue), static_cast<int16_t>(px[i].green),
+                          static_cast<int16_t>(px[i].red)};
+    for (unsigned c = 0; c < 3; ++c) m[c] = e[c] > m[c] ? e[c] : m[c];
+  }
+  for (unsigned c = 0; c < 3; ++c) of[c] = static_cast<uint16_t>(m[c]);
+}
+
 // Pixels are mapped in blocks of this many, so a hook sees them in the cache.
 inline constexpr size_t kBlock = 2048;
 
@@ -193,6 +217,15 @@ inline void lookup(Pixel64* px, size_t n, const uint16_t* blue, const uint16_t* 
     std::memcpy(px + i, &q, 8);
   }
 }
+
+}  // namespace detail
+
+// 16 bits: the pixels through three filled tables of 65,536 entries.
+inline void lookup(Pixel64* px, size_t n, const uint16_t* blue, const uint16_t* green, const uint16_t* red) {
+  detail::lookup(px, n, blue, green, red);
+}
+
+namespace detail {
 
 // The three 8-bit tables: as bytes for the permutes, as words with each new
 // byte in its place for the one-load-an-element walk.

@@ -164,6 +164,36 @@ TEST(TonalTables, LevelsAgainstTheirPlainPasses) {
   }
 }
 
+// 16 bits, where one walk does both passes when the first pass's tables rise
+// with the element: the largest element is then the new maximum. Negative
+// low points let the elements above 32767 (negative when compared) through
+// to the power, where they round out of range to 32768, above every other
+// entry: there the tables fall at 0 and the two passes run.
+TEST(TonalTables, SixteenBitLevelsInOneWalkOrTwo) {
+  const float out16[3][2] = {{32000, 640}, {30720, 0}, {32640, 1280}};
+  const int32_t rising[3][2] = {{30720, 1280}, {32767, 0}, {25600, 3840}};
+  const int32_t falling[3][2] = {{30720, -40000}, {32000, 0}, {25600, -1}};
+  for (const auto* in : {&rising, &falling})
+    for (int32_t channel : {1, 2, 4})
+      for (const float gamma : {0.45f, 2.0f}) {
+        SCOPED_TRACE(testing::Message() << (in == &rising ? "rising" : "falling") << ", channel " << channel
+                                        << ", gamma " << gamma);
+        // Also with the elements below 32768 kept under 1001, where the
+        // largest new value can come from an element above 32767.
+        for (const uint16_t top : {uint16_t(65535), uint16_t(1000)}) {
+          auto got = everyWord(401 * 331);
+          const auto cut = [top](uint16_t& e) { e = e < 32768 ? uint16_t(e % (top + 1)) : e; };
+          for (auto& p : got) cut(p.blue), cut(p.green), cut(p.red);
+          auto want = got;
+          VexoAdjustLevels64(static_cast<int32_t>(4 * got.size()), got.data(), (*in)[0][0], (*in)[0][1], (*in)[1][0],
+                             (*in)[1][1], (*in)[2][0], (*in)[2][1], gamma, 0.2f, 32640, 1280, 30720, 0, 32000, 640,
+                             channel);
+          plainLevels<Layout64>(want, *in, gamma, 0.2f, out16, Channels::of(channel));
+          ASSERT_EQ(got, want) << top;
+        }
+      }
+}
+
 TEST(ColourTables, SixteenBitMapsGiveWhatTheMapGives) {
   using P = Pixel64;
   const auto in = everyWord(401 * 331);  // enough for three tables
