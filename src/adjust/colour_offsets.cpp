@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "adjust/colour.h"
+#include "adjust/maps_simd.h"
 #include "core/crmath.h"
 #include "core/element_map.h"
 #include "core/fpenv.h"
@@ -41,7 +42,10 @@ void addOffsets(int32_t width, int32_t height, typename L::Pixel* px, int32_t re
     });
   } else {
     const Offset<L> red{redDelta}, green{greenDelta}, blue{blueDelta};
-    maps::each<L>(pic.data(), pic.pixelCount(), blue, green, red);
+    size_t i = 0;
+    if constexpr (std::is_same_v<L, Layout64>)
+      i = maps::sse2::offsets64(pic.data(), pic.pixelCount(), blueDelta, greenDelta, redDelta);
+    maps::each<L>(pic.data() + i, pic.pixelCount() - i, blue, green, red);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <type_traits>
 
+#include "adjust/maps_simd.h"
 #include "adjust/tonal.h"
 #include "core/crmath.h"
 #include "core/element_map.h"
@@ -252,7 +253,10 @@ void dodge(int32_t n, typename L::Pixel* px, int32_t amount) {
     const float f = static_cast<float>(factor);
     forEachPixel(n, px, [f](Pixel128& p) { p.blue *= f; p.green *= f; p.red *= f; });
   } else {
-    maps::all<L>(px, pixelsForCount<typename L::Pixel>(n), Dodge<L>{factor});
+    const size_t count = pixelsForCount<typename L::Pixel>(n);
+    size_t i = 0;
+    if constexpr (std::is_same_v<L, Layout64>) i = px == nullptr ? 0 : maps::sse2::dodge64(px, count, factor);
+    maps::all<L>(px + i, count - i, Dodge<L>{factor});
   }
 }
 

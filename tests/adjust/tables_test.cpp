@@ -99,6 +99,12 @@ TEST(TonalTables, SixteenBitMapsGiveWhatTheMapGivesAboveTheRangeToo) {
       {"level percentage", [](uint32_t w, uint32_t h, P* p) { VexoAdjustLevelPrecentage64(w, h, p, 0.6f); }},
       {"sine, green", [](uint32_t w, uint32_t h, P* p) { VexoAdjustSine64(w, h, p, 0.25f, 3); }},
       {"dodge", [](uint32_t w, uint32_t h, P* p) { VexoDodge64(static_cast<int32_t>(4 * w * h), p, 120); }},
+      // Factors 0, -1, 65,537 and 21,474,837: products that wrap, are
+      // negative, or are large in their upper half.
+      {"dodge -100", [](uint32_t w, uint32_t h, P* p) { VexoDodge64(static_cast<int32_t>(4 * w * h), p, -100); }},
+      {"dodge -200", [](uint32_t w, uint32_t h, P* p) { VexoDodge64(static_cast<int32_t>(4 * w * h), p, -200); }},
+      {"dodge 6553600", [](uint32_t w, uint32_t h, P* p) { VexoDodge64(static_cast<int32_t>(4 * w * h), p, 6553600); }},
+      {"dodge INT32_MAX", [](uint32_t w, uint32_t h, P* p) { VexoDodge64(static_cast<int32_t>(4 * w * h), p, INT32_MAX); }},
   };
   expectPerPixel<P>(in, kWidth16, runs);
   // Without the scratch memory for a table, the maps run element by element.
