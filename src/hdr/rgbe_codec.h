@@ -14,6 +14,7 @@
 #include <xmmintrin.h>
 #endif
 
+#include "core/cpu.h"
 #include "core/numeric.h"
 #include "core/picture.h"
 #include "core/rgbe.h"
@@ -128,29 +129,69 @@ inline size_t encodeRoundingVectors(const Pixel128* px, size_t n, RgbeQuad* out)
   return i;
 }
 
-// Four 8-bit elements (32-bit lanes) as the floats the encoder takes:
-// encoderValue in lanes, times 1/255 in double and rounded to float.
-inline __m128 encoderValues(__m128i v) {
-  const __m128d k = _mm_set1_pd(k255);
-  const __m128 low = _mm_cvtpd_ps(_mm_mul_pd(_mm_cvtepi32_pd(v), k));
-  const __m128 high = _mm_cvtpd_ps(_mm_mul_pd(_mm_cvtepi32_pd(_mm_shuffle_epi32(v, 0x0E)), k));
-  return _mm_movelh_ps(low, high);
+// 8-bit pixels: the floats are k / 255 in [0, 1], so there is no infinity
+// or NaN, every mantissa is at most 256 (its low byte is the wrap), and the
+// exponent byte is at most 129; quadsOf's range checks drop out. The floats
+// the encoder takes, encoderValue(k) = k x 1/255 in double rounded to float,
+// are k / 255 in single precision for every k (checked for all 256), one
+// division in the lanes.
+namespace detail {
+inline __m128 encoderValues(__m128i k) { return _mm_div_ps(_mm_cvtepi32_ps(k), _mm_set1_ps(255.0f)); }
+
+inline __m128i quadsOfBytes(__m128 b, __m128 g, __m128 r) {
+  const __m128 v = _mm_max_ps(b, _mm_max_ps(g, r));
+  const __m128i biased = _mm_srli_epi32(_mm_castps_si128(v), 23);
+  const __m128 scale = _mm_castsi128_ps(_mm_slli_epi32(_mm_sub_epi32(_mm_set1_epi32(261), biased), 23));
+  const __m128i byte = _mm_set1_epi32(0xFF);
+  const auto mantissa = [&](__m128 x) { return _mm_and_si128(_mm_cvtps_epi32(_mm_mul_ps(x, scale)), byte); };
+  const __m128i quad =
+      _mm_or_si128(_mm_or_si128(mantissa(r), _mm_slli_epi32(mantissa(g), 8)),
+                   _mm_or_si128(_mm_slli_epi32(mantissa(b), 16), _mm_slli_epi32(_mm_add_epi32(biased, _mm_set1_epi32(2)), 24)));
+  return _mm_andnot_si128(_mm_castps_si128(_mm_cmplt_ps(v, _mm_set1_ps(kBlackBelow))), quad);
 }
+}  // namespace detail
 
 // encodeRounding of four 8-bit pixels a step. Returns the pixels done.
 inline size_t encodeRoundingVectors(const Pixel32* px, size_t n, RgbeQuad* out) {
   const __m128i byte = _mm_set1_epi32(0xFF);
   size_t i = 0;
   for (; i + 4 <= n; i += 4) {
-    if ((i & 15) == 0) simd::prefetchAhead(px + i);
     const __m128i p = _mm_loadu_si128(reinterpret_cast<const __m128i*>(px + i));
-    const __m128 b = encoderValues(_mm_and_si128(p, byte));
-    const __m128 g = encoderValues(_mm_and_si128(_mm_srli_epi32(p, 8), byte));
-    const __m128 r = encoderValues(_mm_and_si128(_mm_srli_epi32(p, 16), byte));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), quadsOf(b, g, r));
+    const __m128 b = detail::encoderValues(_mm_and_si128(p, byte));
+    const __m128 g = detail::encoderValues(_mm_and_si128(_mm_srli_epi32(p, 8), byte));
+    const __m128 r = detail::encoderValues(_mm_and_si128(_mm_srli_epi32(p, 16), byte));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), detail::quadsOfBytes(b, g, r));
   }
   return i;
 }
+
+#if EFFECTS_WIDE
+// The same, eight pixels a step.
+EFFECTS_TARGET_AVX2 inline size_t encodeRoundingAvx2(const Pixel32* px, size_t n, RgbeQuad* out) {
+  const __m256i byte = _mm256_set1_epi32(0xFF);
+  const __m256 d255 = _mm256_set1_ps(255.0f), black = _mm256_set1_ps(detail::kBlackBelow);
+  size_t i = 0;
+  for (; i + 8 <= n; i += 8) {
+    const __m256i p = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(px + i));
+    const __m256 b = _mm256_div_ps(_mm256_cvtepi32_ps(_mm256_and_si256(p, byte)), d255);
+    const __m256 g = _mm256_div_ps(_mm256_cvtepi32_ps(_mm256_and_si256(_mm256_srli_epi32(p, 8), byte)), d255);
+    const __m256 r = _mm256_div_ps(_mm256_cvtepi32_ps(_mm256_and_si256(_mm256_srli_epi32(p, 16), byte)), d255);
+    const __m256 v = _mm256_max_ps(b, _mm256_max_ps(g, r));
+    const __m256i biased = _mm256_srli_epi32(_mm256_castps_si256(v), 23);
+    const __m256 scale = _mm256_castsi256_ps(_mm256_slli_epi32(_mm256_sub_epi32(_mm256_set1_epi32(261), biased), 23));
+    const __m256i mr = _mm256_and_si256(_mm256_cvtps_epi32(_mm256_mul_ps(r, scale)), byte);
+    const __m256i mg = _mm256_and_si256(_mm256_cvtps_epi32(_mm256_mul_ps(g, scale)), byte);
+    const __m256i mb = _mm256_and_si256(_mm256_cvtps_epi32(_mm256_mul_ps(b, scale)), byte);
+    const __m256i quad = _mm256_or_si256(
+        _mm256_or_si256(mr, _mm256_slli_epi32(mg, 8)),
+        _mm256_or_si256(_mm256_slli_epi32(mb, 16),
+                        _mm256_slli_epi32(_mm256_add_epi32(biased, _mm256_set1_epi32(2)), 24)));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i),
+                        _mm256_andnot_si256(_mm256_castps_si256(_mm256_cmp_ps(v, black, _CMP_LT_OQ)), quad));
+  }
+  return i;
+}
+#endif
 #endif
 
 // The memory encoder over n float pixels (red, green, blue; the mask is
@@ -166,8 +207,11 @@ inline void encodeRounding(const Pixel128* px, size_t n, RgbeQuad* out) {
 // The memory encoder over n 8-bit pixels.
 inline void encodeRounding(const Pixel32* px, size_t n, RgbeQuad* out) {
   size_t i = 0;
+#if EFFECTS_WIDE
+  if (cpu::avx2()) i = encodeRoundingAvx2(px, n, out);
+#endif
 #if defined(__SSE2__)
-  i = encodeRoundingVectors(px, n, out);
+  i += encodeRoundingVectors(px + i, n - i, out + i);
 #endif
   for (; i < n; ++i)
     encodeRounding(encoderValue(px[i].red), encoderValue(px[i].green), encoderValue(px[i].blue),

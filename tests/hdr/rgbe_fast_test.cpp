@@ -1,11 +1,12 @@
-// The in-memory RGBE encoders in bulk (SSE2 vectors over whole vectors of
-// pixels) against the encoder one pixel at a time, which is always the plain
-// form.
+// The in-memory RGBE encoders in bulk (SSE2 or AVX2 vectors over whole
+// vectors of pixels) against the encoder one pixel at a time, which is
+// always the plain form.
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <vector>
 
+#include "hdr/rgbe_codec.h"
 #include "support/fast_paths.h"
 
 using namespace effects::test;
@@ -45,4 +46,15 @@ TEST(RgbeEncoderForms, EightBitPixelsAgainstOneAtATime) {
   }
   expectPerPixel(Convert32toRGBE, colours);
   expectPerPixel(Convert32toRGBE, varied<Pixel32>(1000));
+#if defined(__SSE2__)
+  // Where the export takes the AVX2 form, the SSE2 one directly too.
+  std::vector<effects::RgbeQuad> got(colours.size());
+  const size_t done = effects::rgbe::encodeRoundingVectors(colours.data(), colours.size(), got.data());
+  ASSERT_GT(done, colours.size() - 4);
+  for (size_t i = 0; i < done; ++i) {
+    effects::RgbeQuad want;
+    Convert32toRGBE(4, &colours[i], reinterpret_cast<uint8_t*>(&want));
+    ASSERT_EQ(std::memcmp(&got[i], &want, 4), 0) << i;
+  }
+#endif
 }
