@@ -7,8 +7,10 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "core/convert_simd.h"
+#include "core/cpu.h"
 #include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
@@ -103,20 +105,101 @@ size_t narrowVectors(Pixel64* dst, const Pixel128* src, size_t n) {
 
 // The smallest of 0 and every colour element: a NaN never wins (the minimum
 // instruction keeps its second operand then), and neither does -0 against 0.
+// Four running minima, so that no minimum waits for the one before: the
+// smallest value is the same whichever way the elements are grouped (and a
+// zero result is +0 from the start value, as in one chain).
 float darkest(const Pixel128* src, size_t n) {
-  __m128 m = _mm_setzero_ps();
+  __m128 m[4] = {_mm_setzero_ps(), _mm_setzero_ps(), _mm_setzero_ps(), _mm_setzero_ps()};
   const __m128 colour = _mm_castsi128_ps(_mm_setr_epi32(-1, -1, -1, 0));
-  for (size_t i = 0; i < n; ++i) m = _mm_min_ps(_mm_and_ps(simd::loadf(src + i), colour), m);
-  alignas(16) float lanes[4];
-  _mm_store_ps(lanes, m);
+  size_t i = 0;
+  for (; i + 4 <= n; i += 4)
+    for (size_t k = 0; k < 4; ++k) m[k] = _mm_min_ps(_mm_and_ps(simd::loadf(src + i + k), colour), m[k]);
+  for (; i < n; ++i) m[0] = _mm_min_ps(_mm_and_ps(simd::loadf(src + i), colour), m[0]);
   float black = 0.0f;
-  for (float v : lanes)
-    if (v < black) black = v;
+  for (const __m128 v : m) {
+    alignas(16) float lanes[4];
+    _mm_store_ps(lanes, v);
+    for (float x : lanes)
+      if (x < black) black = x;
+  }
   return black;
+}
+
+// quantizeTo15 of four floats, as 32-bit lanes: x * 32767 in double, at most
+// 32767 (the minimum keeps a NaN, its second operand), rounded to nearest
+// even, at least 0 (a NaN and anything far below 0 convert to the most
+// negative integer).
+__m128i quantize15(__m128 x) {
+  const __m128d k = _mm_set1_pd(32767.0), top = _mm_set1_pd(32767.0);
+  const __m128i lo = _mm_cvtpd_epi32(_mm_min_pd(top, _mm_mul_pd(_mm_cvtps_pd(x), k)));
+  const __m128i hi = _mm_cvtpd_epi32(_mm_min_pd(top, _mm_mul_pd(_mm_cvtps_pd(_mm_movehl_ps(x, x)), k)));
+  const __m128i v = _mm_unpacklo_epi64(lo, hi);
+  return _mm_andnot_si128(_mm_srai_epi32(v, 31), v);
+}
+
+// Four blue, green, red float triples a step into 16-bit pixels with the
+// mask 32767. The twelve quantised words, in source order, are dealt out
+// three to a pixel.
+size_t bgrTo64Vectors(Pixel64* dst, const float* bgr, size_t n) {
+  size_t i = 0;
+  for (; i + 4 <= n; i += 4) {
+    const float* f = bgr + 3 * i;
+    const __m128i w1 = _mm_packs_epi32(quantize15(_mm_loadu_ps(f)), quantize15(_mm_loadu_ps(f + 4)));
+    const __m128i w2 = _mm_packs_epi32(quantize15(_mm_loadu_ps(f + 8)), _mm_setzero_si128());
+    const auto masked = [](__m128i v) { return _mm_insert_epi16(v, 32767, 3); };
+    const __m128i p0 = masked(w1), p1 = masked(_mm_srli_si128(w1, 6));
+    const __m128i p2 = masked(_mm_insert_epi16(_mm_srli_si128(w1, 12), _mm_extract_epi16(w2, 0), 2));
+    const __m128i p3 = masked(_mm_srli_si128(w2, 2));
+    simd::store(dst + i, _mm_unpacklo_epi64(p0, p1));
+    simd::store(dst + i + 2, _mm_unpacklo_epi64(p2, p3));
+  }
+  return i;
+}
+
+// importBlue48 of the blue words of two pixels (words 0 and 4, as laid out
+// by the caller), in 32-bit lanes 0 and 1.
+__m128i blues48(__m128i pixels) {
+  const __m128i signedWords = _mm_srai_epi32(_mm_slli_epi32(pixels, 16), 16);
+  const __m128d v = _mm_mul_pd(_mm_mul_pd(_mm_cvtepi32_pd(_mm_shuffle_epi32(signedWords, _MM_SHUFFLE(3, 1, 2, 0))),
+                                          _mm_set1_pd(1.5259021896696422e-5)),
+                               _mm_set1_pd(32767.0));
+  const __m128i rounded = _mm_and_si128(_mm_cvtpd_epi32(v), _mm_set1_epi32(0xFF));
+  const auto lanes = [](__m128d mask) { return _mm_shuffle_epi32(_mm_castpd_si128(mask), _MM_SHUFFLE(3, 3, 2, 0)); };
+  const __m128i above = lanes(_mm_cmpgt_pd(v, _mm_set1_pd(32767.0))), below = lanes(_mm_cmplt_pd(v, _mm_set1_pd(1.0)));
+  return _mm_andnot_si128(below, simd::select(above, _mm_set1_epi32(32767), rounded));
+}
+
+// Four red, green, blue word triples a step into 16-bit pixels: each triple
+// turned to blue, green, red in a pixel's first three words, blue rescaled,
+// the destination's masks kept. The last triple is read with an 8-byte load,
+// so nothing past the four triples is touched.
+size_t rgb48Vectors(Pixel64* dst, const uint16_t* rgb, size_t n) {
+  const __m128i masks = simd::maskLanes(dst), firstWords = _mm_setr_epi16(-1, 0, 0, 0, -1, 0, 0, 0);
+  size_t i = 0;
+  for (; i + 4 <= n; i += 4) {
+    const uint16_t* w = rgb + 3 * i;
+    const __m128i a = simd::load(w);                                               // r0 g0 b0 r1 g1 b1 r2 g2
+    const __m128i b = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(w + 8));  // b2 r3 g3 b3
+    const auto turned = [](__m128i v) { return _mm_shufflelo_epi16(v, _MM_SHUFFLE(3, 0, 1, 2)); };
+    const __m128i p0 = turned(a), p1 = turned(_mm_srli_si128(a, 6));
+    const __m128i p2 = turned(_mm_insert_epi16(_mm_srli_si128(a, 12), _mm_extract_epi16(b, 0), 2));
+    const __m128i p3 = turned(_mm_srli_si128(b, 2));
+    const auto finish = [&](__m128i pair, Pixel64* out) {
+      const __m128i blue = blues48(pair);  // lanes 0, 1: the two pixels' new blue
+      const __m128i spread = _mm_shuffle_epi32(blue, _MM_SHUFFLE(3, 1, 2, 0));  // to words 0 and 4
+      const __m128i colour = simd::select(firstWords, spread, pair);
+      simd::store(out, simd::select(masks, simd::load(out), colour));
+    };
+    finish(_mm_unpacklo_epi64(p0, p1), dst + i);
+    finish(_mm_unpacklo_epi64(p2, p3), dst + i + 2);
+  }
+  return i;
 }
 
 #else
 
+size_t bgrTo64Vectors(Pixel64*, const float*, size_t) { return 0; }
+size_t rgb48Vectors(Pixel64*, const uint16_t*, size_t) { return 0; }
 size_t quantizeVectors(Pixel32*, const Pixel128*, size_t, float) { return 0; }
 size_t narrowVectors(Pixel64*, const Pixel128*, size_t) { return 0; }
 float darkest(const Pixel128* src, size_t n) {
@@ -131,6 +214,33 @@ float darkest(const Pixel128* src, size_t n) {
 }
 
 #endif
+
+#if EFFECTS_WIDE
+// Eight 8-bit pixels a step into red, green, blue byte triples (AVX2): the
+// bytes reordered within each half, the two halves' twelve bytes then put
+// side by side and stored as 24 bytes.
+EFFECTS_TARGET_AVX2 size_t toRgb24Avx2(uint8_t* rgb, const Pixel32* px, size_t n) {
+  const __m256i order = _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,
+                                         2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
+  const __m256i together = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7);
+  size_t i = 0;
+  for (; i + 8 <= n; i += 8) {
+    const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(px + i));
+    const __m256i t = _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(v, order), together);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(rgb + 3 * i), _mm256_castsi256_si128(t));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(rgb + 3 * i + 16), _mm256_extracti128_si256(t, 1));
+  }
+  return i;
+}
+#endif
+
+size_t toRgb24Vectors(uint8_t* rgb, const Pixel32* px, size_t n) {
+#if EFFECTS_WIDE
+  if (cpu::avx2()) return toRgb24Avx2(rgb, px, n);
+#endif
+  (void)rgb, (void)px, (void)n;
+  return 0;
+}
 
 void quantize(int32_t elementCount, Pixel32* dst, const Pixel128* src, bool lockBlack) {
   const size_t n = pixelsForCount<Pixel32, Pixel128>(elementCount);
@@ -178,6 +288,18 @@ void importRgbe(int32_t width, int32_t height, Pixel128* dst, const uint8_t* rgb
 template <class A, class B, class F>
 void convertRows(int32_t width, int32_t height, A* a, B* b, F f) {
   forEachPixelPair(packedPicture(width, height, a), packedPicture(width, height, b), f);
+}
+
+// The same over two packed pictures taken as one run of pixels: a fast form
+// does whole steps from the start (returning how many pixels it did), the
+// per-pixel f the rest.
+template <class A, class B, class Fast, class F>
+void convertRun(int32_t width, int32_t height, A* a, B* b, Fast fast, F f) {
+  const auto pa = packedPicture(width, height, a);
+  const auto pb = packedPicture(width, height, b);
+  if (pa.empty() || pb.empty()) return;
+  const size_t n = pa.pixelCount();
+  for (size_t i = fast(pa.data(), pb.data(), n); i < n; ++i) f(pa.data()[i], pb.data()[i]);
 }
 
 }  // namespace
@@ -241,7 +363,8 @@ EFFECTS_API int32_t EFFECTS_CALL Convert128to32Lock(int32_t n, Pixel32* dst, con
 // The 3-channel buffers hold red, green, blue: the reverse of the pixel order.
 
 EFFECTS_API int32_t EFFECTS_CALL Convert32BIT_4to3ChannelsFast(int32_t width, int32_t height, const Pixel32* src, uint8_t* rgb) {
-  convertRows(width, height, src, reinterpret_cast<Rgb<uint8_t>*>(rgb), [](const Pixel32& s, Rgb<uint8_t>& d) {
+  const auto fast = [](const Pixel32* s, Rgb<uint8_t>* d, size_t n) { return toRgb24Vectors(reinterpret_cast<uint8_t*>(d), s, n); };
+  convertRun(width, height, src, reinterpret_cast<Rgb<uint8_t>*>(rgb), fast, [](const Pixel32& s, Rgb<uint8_t>& d) {
     d = {s.red, s.green, s.blue};
   });
   return 0;
@@ -259,7 +382,8 @@ EFFECTS_API int32_t EFFECTS_CALL Convert15BITto16BITFast(int32_t width, int32_t 
 // eight bits); the destination mask keeps its value.
 EFFECTS_API int32_t EFFECTS_CALL Convert16BITto15BITFast(int32_t width, int32_t height, const uint16_t* rgb, Pixel64* dst) {
   const FloatEnvironment env;
-  convertRows(width, height, reinterpret_cast<const Rgb<uint16_t>*>(rgb), dst, [](const Rgb<uint16_t>& s, Pixel64& d) {
+  const auto fast = [](const Rgb<uint16_t>* s, Pixel64* d, size_t n) { return rgb48Vectors(d, reinterpret_cast<const uint16_t*>(s), n); };
+  convertRun(width, height, reinterpret_cast<const Rgb<uint16_t>*>(rgb), dst, fast, [](const Rgb<uint16_t>& s, Pixel64& d) {
     d.red = s.red;
     d.green = s.green;
     d.blue = importBlue48(s.blue);
@@ -285,7 +409,8 @@ EFFECTS_API int32_t EFFECTS_CALL Convert128BIT_3to4ChannelsFast(int32_t width, i
 // fully selected.
 EFFECTS_API int32_t EFFECTS_CALL Convertfloat3xto64(int32_t width, int32_t height, Pixel64* dst, const float* bgr) {
   const FloatEnvironment env;
-  convertRows(width, height, dst, reinterpret_cast<const Bgr<float>*>(bgr), [](Pixel64& d, const Bgr<float>& s) {
+  const auto fast = [](Pixel64* d, const Bgr<float>* s, size_t n) { return bgrTo64Vectors(d, reinterpret_cast<const float*>(s), n); };
+  convertRun(width, height, dst, reinterpret_cast<const Bgr<float>*>(bgr), fast, [](Pixel64& d, const Bgr<float>& s) {
     d = Pixel64{quantizeTo15(s.blue), quantizeTo15(s.green), quantizeTo15(s.red), 32767};
   });
   return 0;

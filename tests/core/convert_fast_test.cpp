@@ -1,5 +1,6 @@
-// The vector forms of the float-to-integer conversions against the plain
-// per-pixel forms (a single pixel is always converted by the plain form):
+// The vector forms of the float-to-integer and 3-channel conversions
+// against the plain per-pixel forms (a single pixel is always converted by
+// the plain form):
 // odd sizes, NaN, infinities, the 8-bit thresholds and rounding ties, values
 // beyond the 32-bit range of x * 32767.
 #include <gtest/gtest.h>
@@ -46,5 +47,37 @@ TEST(ConvertVectorForms, BlackPointLockAgainstThePlainConversion) {
       Convert128to32Fast(4, &want[i], &shifted);
     }
     EXPECT_EQ(got, want) << n << " black " << black;
+  }
+}
+
+// The 3-channel conversions taken a run of pixels at a time (vectors or
+// 64-bit words) against the same export on each pixel alone: lengths that
+// leave every possible tail, every 16-bit blue word of the 48-bit import, and
+// the tricky floats (NaN, infinities, rounding ties) of the float triples.
+TEST(ConvertVectorForms, ThreeChannelRunsAgainstOnePixelAtATime) {
+  for (int32_t n : {1, 7, 8, 9, 15, 1003, 65536}) {
+    SCOPED_TRACE(n);
+    const auto px = varied<Pixel32>(static_cast<size_t>(n));
+    std::vector<uint8_t> got(3 * n + 1, 0xA5), want = got;
+    Convert32BIT_4to3ChannelsFast(n, 1, px.data(), got.data());
+    for (int32_t i = 0; i < n; ++i) Convert32BIT_4to3ChannelsFast(1, 1, &px[i], &want[3 * i]);
+    ASSERT_EQ(got, want);
+
+    std::vector<uint16_t> rgb(3 * n);
+    for (int32_t i = 0; i < 3 * n; ++i) rgb[i] = static_cast<uint16_t>(i % 3 == 2 ? i / 3 : i * 40503u);
+    auto wide = varied<Pixel64>(static_cast<size_t>(n)), wideWant = wide;  // the masks must stay
+    Convert16BITto15BITFast(n, 1, rgb.data(), wide.data());
+    for (int32_t i = 0; i < n; ++i) Convert16BITto15BITFast(1, 1, &rgb[3 * i], &wideWant[i]);
+    ASSERT_EQ(wide, wideWant);
+
+    const auto& tricky = trickyFloats();
+    const auto floats = varied<Pixel128>(static_cast<size_t>(n));
+    std::vector<float> bgr(3 * n);
+    for (int32_t i = 0; i < 3 * n; ++i)
+      bgr[i] = i % 2 ? tricky[i % tricky.size()] : (&floats[i / 3].blue)[i % 3] * 1.5f;
+    std::vector<Pixel64> fromFloat(n), fromFloatWant(n);
+    Convertfloat3xto64(n, 1, fromFloat.data(), bgr.data());
+    for (int32_t i = 0; i < n; ++i) Convertfloat3xto64(1, 1, &fromFloatWant[i], &bgr[3 * i]);
+    ASSERT_EQ(fromFloat, fromFloatWant);
   }
 }
