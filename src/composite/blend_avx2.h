@@ -1,7 +1,8 @@
 // AVX2 forms of the layer composite's per-pixel step, chosen at run time
 // where the processor has AVX2 (core/cpu.h): eight 8-bit pixels a step in
 // 32-bit lanes and packed single precision, four 16-bit pixels a step with
-// each pixel's four elements in packed double precision. The arithmetic is
+// each pixel's four elements in packed double precision, two float pixels a
+// step likewise. The arithmetic is
 // that of blend_simd.h lane for lane; blend::blendPixel does the rest of a
 // row, and the tests hold both forms to it.
 #pragma once
@@ -146,6 +147,47 @@ EFFECTS_TARGET_AVX2 inline V pixels64(V d, V s, __m256d a0, __m256d a1) {
 // narrowing keeps them).
 EFFECTS_TARGET_AVX2 inline V lowWords(V x) { return _mm256_srai_epi32(_mm256_slli_epi32(x, 16), 16); }
 
+// Float: the target of a mode (0..14) and where it applies, for two pixels'
+// elements in single precision, as blend_simd.h has them for one.
+template <int32_t Mode>
+EFFECTS_TARGET_AVX2 inline __m256 targetOf(__m256 d, __m256 s, __m256& apply) {
+  const __m256 one = _mm256_set1_ps(1.0f), half = _mm256_set1_ps(0.5f);
+  apply = _mm256_castsi256_ps(_mm256_set1_epi32(-1));
+  switch (Mode) {
+    case EFFECTS_BLEND_DARKEN: apply = _mm256_cmp_ps(d, s, _CMP_GT_OQ); return s;
+    case EFFECTS_BLEND_LIGHTEN: apply = _mm256_cmp_ps(s, d, _CMP_GT_OQ); return s;
+    case EFFECTS_BLEND_DIFFERENCE: return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), _mm256_sub_ps(d, s));
+    case EFFECTS_BLEND_MULTIPLY: return _mm256_mul_ps(d, s);
+    case EFFECTS_BLEND_SCREEN: return _mm256_sub_ps(one, _mm256_mul_ps(_mm256_sub_ps(one, s), _mm256_sub_ps(one, d)));
+    case EFFECTS_BLEND_OVERLAY:
+    case EFFECTS_BLEND_HARD_LIGHT: {
+      const __m256 product = _mm256_mul_ps(d, s);
+      const __m256 screen = _mm256_sub_ps(one, _mm256_mul_ps(_mm256_sub_ps(one, s), _mm256_sub_ps(one, d)));
+      const __m256 low = _mm256_cmp_ps(Mode == EFFECTS_BLEND_OVERLAY ? d : s, half, _CMP_LT_OQ);
+      return _mm256_blendv_ps(screen, product, low);
+    }
+    case EFFECTS_BLEND_PIN_LIGHT:
+      apply = _mm256_blendv_ps(_mm256_cmp_ps(s, d, _CMP_LT_OQ), _mm256_cmp_ps(s, d, _CMP_GT_OQ),
+                               _mm256_cmp_ps(s, half, _CMP_GT_OQ));
+      return s;
+    case EFFECTS_BLEND_RED_FROM_INVERTED_SOURCE:
+    case EFFECTS_BLEND_GREEN_FROM_INVERTED_SOURCE:
+    case EFFECTS_BLEND_BLUE_FROM_INVERTED_SOURCE: return _mm256_sub_ps(one, s);
+    default: return s;
+  }
+}
+
+// float(double(d) + double(x) x a) for one pixel's four floats (with
+// Subtract, minus), a in all four lanes.
+template <bool Subtract>
+EFFECTS_TARGET_AVX2 inline __m128 moved(__m128 d, __m128 x, __m256d a) {
+  const __m256d w = _mm256_mul_pd(_mm256_cvtps_pd(x), a), base = _mm256_cvtps_pd(d);
+  return _mm256_cvtpd_ps(Subtract ? _mm256_sub_pd(base, w) : _mm256_add_pd(base, w));
+}
+
+// The four 32-bit lanes of a pixel whose four double lanes hold one mask.
+EFFECTS_TARGET_AVX2 inline __m128 lanesOf(__m256d mask) { return _mm_castpd_ps(_mm256_castpd256_pd128(mask)); }
+
 }  // namespace detail
 
 // 8 bits, eight pixels a step.
@@ -193,6 +235,48 @@ EFFECTS_TARGET_AVX2 inline size_t row(Pixel64* canvas, const Pixel64* source, si
     const V packed = _mm256_permute4x64_epi64(_mm256_packs_epi32(lowWords(r01), lowWords(r23)), _MM_SHUFFLE(3, 1, 2, 0));
     const V masks = _mm256_setr_epi16(0, 0, 0, -1, 0, 0, 0, -1, 0, 0, 0, -1, 0, 0, 0, -1);
     _mm256_storeu_si256(reinterpret_cast<V*>(canvas + i), select(masks, c, packed));
+  }
+  return i;
+}
+
+// Float, two pixels a step, each pixel's four elements in packed double for
+// d + (t - d) x a. The skip and the mode 0 shortcut are decided per pixel
+// from its mask, as blend::blendPixel decides them: a mask not above 0 (mode
+// 0) or equal to 0 (the others, so NaN blends) leaves the pixel alone, and in
+// mode 0 k + m = 2.0 exactly copies the source colour.
+template <int32_t Mode>
+EFFECTS_TARGET_AVX2 inline size_t row(Pixel128* canvas, const Pixel128* source, size_t n, double k) {
+  using namespace detail;
+  constexpr bool b = touchesElement<Mode, 0>, g = touchesElement<Mode, 1>, r = touchesElement<Mode, 2>;
+  const __m256 lanes = _mm256_castsi256_ps(
+      _mm256_setr_epi32(b ? -1 : 0, g ? -1 : 0, r ? -1 : 0, 0, b ? -1 : 0, g ? -1 : 0, r ? -1 : 0, 0));
+  const __m256d kk = _mm256_set1_pd(k), two = _mm256_set1_pd(2.0);
+  const __m256 zero = _mm256_setzero_ps();
+  size_t i = 0;
+  for (; i + 2 <= n; i += 2) {
+    const __m256 d = _mm256_loadu_ps(&canvas[i].blue), s = _mm256_loadu_ps(&source[i].blue);
+    const __m256 m = _mm256_permute_ps(s, _MM_SHUFFLE(3, 3, 3, 3));  // each pixel's mask in its half
+    const __m256 use = Mode == EFFECTS_BLEND_NORMAL ? _mm256_cmp_ps(m, zero, _CMP_GT_OQ) : _mm256_cmp_ps(m, zero, _CMP_NEQ_UQ);
+    const __m256d m0 = _mm256_cvtps_pd(_mm256_castps256_ps128(m)), m1 = _mm256_cvtps_pd(_mm256_extractf128_ps(m, 1));
+    const __m256d a0 = _mm256_mul_pd(m0, kk), a1 = _mm256_mul_pd(m1, kk);
+    __m256 out, apply = _mm256_and_ps(lanes, use);
+    if constexpr (Mode == EFFECTS_BLEND_ADD || Mode == EFFECTS_BLEND_SUBTRACT) {
+      constexpr bool sub = Mode == EFFECTS_BLEND_SUBTRACT;
+      out = _mm256_set_m128(moved<sub>(_mm256_extractf128_ps(d, 1), _mm256_extractf128_ps(s, 1), a1),
+                            moved<sub>(_mm256_castps256_ps128(d), _mm256_castps256_ps128(s), a0));
+    } else {
+      __m256 where;
+      const __m256 diff = _mm256_sub_ps(targetOf<Mode>(d, s, where), d);
+      out = _mm256_set_m128(moved<false>(_mm256_extractf128_ps(d, 1), _mm256_extractf128_ps(diff, 1), a1),
+                            moved<false>(_mm256_castps256_ps128(d), _mm256_castps256_ps128(diff), a0));
+      apply = _mm256_and_ps(apply, where);
+      if constexpr (Mode == EFFECTS_BLEND_NORMAL) {
+        const __m256 copy = _mm256_set_m128(lanesOf(_mm256_cmp_pd(_mm256_add_pd(kk, m1), two, _CMP_EQ_OQ)),
+                                            lanesOf(_mm256_cmp_pd(_mm256_add_pd(kk, m0), two, _CMP_EQ_OQ)));
+        out = _mm256_blendv_ps(out, s, copy);
+      }
+    }
+    _mm256_storeu_ps(&canvas[i].blue, _mm256_blendv_ps(d, out, apply));
   }
   return i;
 }

@@ -237,7 +237,8 @@ inline bool narrow(const Weight<Layout32>& w) { return w.k <= 0.5f && w.k >= -0.
 // The vector form over the whole vectors of a row, the plain form on the
 // rest: AVX2 where the processor has it, else SSE2 for 8 bits; 16 bits in
 // AVX2 only (two doubles a step are no faster than the plain form); float in
-// SSE2, a pixel a step, without the plain form's branches per element. The
+// AVX2 two pixels a step, else (and for the last odd pixel) SSE2, a pixel a
+// step, without the plain form's branches per element. The
 // modes that change one element take the plain form in 16 bits and float.
 template <class L, int32_t Mode>
 inline void blendRow(typename L::Pixel* canvas, const typename L::Pixel* source, size_t n, const Weight<L>& w) {
@@ -261,8 +262,11 @@ inline void blendRow(typename L::Pixel* canvas, const typename L::Pixel* source,
     if (cpu::avx2()) i = avx2::row<Mode>(canvas, source, n, w.k);
 #endif
   } else if constexpr (std::is_same_v<L, Layout128>) {
+#if EFFECTS_WIDE
+    if (cpu::avx2()) i = avx2::row<Mode>(canvas, source, n, w.k);
+#endif
 #if defined(__SSE2__)
-    i = row<Mode>(canvas, source, n, w.k);
+    i += row<Mode>(canvas + i, source + i, n - i, w.k);
 #endif
   }
   for (; i < n; ++i) blendPixel<L, Mode>(canvas[i], source[i], w);

@@ -7,6 +7,7 @@
 // exports take any int32).
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <vector>
 
 #include "composite/blend_simd.h"
@@ -89,6 +90,14 @@ void expectEveryForm(const std::vector<typename L::Pixel>& canvas, const std::ve
                                  }),
                                  want));
 #endif
+#if EFFECTS_WIDE
+        if (cpu::avx2()) {
+          EXPECT_TRUE(sameUpToNaNs(withForm<L, M>(canvas, source, w, [&](P* c, const P* s, size_t k) {
+                                     return blend::avx2::row<M>(c, s, k, w.k);
+                                   }),
+                                   want));
+        }
+#endif
       } else {
         EXPECT_EQ(Vexo64DirectDIB(0, 0, n, 1, source.data(), got.data(), n, 1, opacity, mode), 1);
         EXPECT_EQ(got, want);
@@ -141,9 +150,9 @@ TEST(BlendVectorForms, SixteenBitAgainstThePlainForm) {
 TEST(BlendVectorForms, FloatAgainstThePlainForm) {
   auto source = varied<Pixel128>(1003, 3);
   const auto canvas = varied<Pixel128>(1003, 4);
-  // Masks of 0, -0, 1 (with opacity 100 the copy shortcut of mode 0), 0.5
-  // and negative ones beside the varied and tricky ones.
-  const float masks[5] = {0.0f, -0.0f, 1.0f, 0.5f, -0.25f};
-  for (size_t i = 0; i < source.size(); i += 3) source[i].mask = masks[i % 5];
+  // Masks of 0, -0, 1 (with opacity 100 the copy shortcut of mode 0), 0.5,
+  // negative ones and NaN (skipped by mode 0 only) beside the varied ones.
+  const float masks[7] = {0.0f, -0.0f, 1.0f, 0.5f, -0.25f, std::numeric_limits<float>::quiet_NaN(), 2.0f};
+  for (size_t i = 0; i < source.size(); i += 3) source[i].mask = masks[i % 7];
   for (int32_t opacity : {1, 70, 100, 255, -70, 100000}) expectEveryForm<Layout128>(canvas, source, opacity);
 }
