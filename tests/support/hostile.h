@@ -462,23 +462,24 @@ inline void runCaseIsolated(const table::Export& e, const Case& c, bool full, st
 
 // Every case of every export in the table (those named by `only`, a prefix,
 // when it is not empty; of those, every `parts`-th from the `part`-th, so that
-// several processes can share the pass); `isolated` runs each in a child
-// process.
+// several processes can share the pass, and none before table index `from`,
+// so that a pass can be taken up where one stopped); `isolated` runs each in
+// a child process.
 inline Tally runAll(bool full, std::chrono::seconds limit, const std::string& only = "", bool isolated = false,
-                    unsigned part = 0, unsigned parts = 1) {
+                    unsigned part = 0, unsigned parts = 1, size_t from = 0) {
   // Isolated calls watch themselves; this one only guards against a child
   // that cannot end.
   Watchdog watchdog(isolated ? limit + std::chrono::seconds(60) : limit, uint64_t(4) << 30);
   const auto rows = firstChecksumRows();
   Tally tally;
-  size_t index = 0;
-  for (const table::Export& e : table::kExports) {
-    if (index++ % parts != part) continue;
+  for (size_t index = 0; index < std::size(table::kExports); ++index) {
+    const table::Export& e = table::kExports[index];
+    if (index < from || index % parts != part) continue;
     if (!only.empty() && std::string(e.name).rfind(only, 0) != 0) continue;
     const auto row = rows.find(e.name);
     const CallText base = row != rows.end() ? row->second : syntheticRow(e);
     // The full pass takes hours: say where it is.
-    if (isolated) std::printf("  at %s (%ld calls so far)\n", e.name, tally.run), std::fflush(stdout);
+    if (isolated) std::printf("  at %zu %s (%ld calls so far)\n", index, e.name, tally.run), std::fflush(stdout);
     for (const Case& c : casesFor(e, base)) {
       const size_t failed = tally.failures.size();
       if (isolated) runCaseIsolated(e, c, full, limit, watchdog, tally);
