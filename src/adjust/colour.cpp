@@ -45,8 +45,11 @@ void saturation32(int32_t n, Pixel32* px, int32_t amount) {
 }
 
 // 16 bits: s = amount + 32767 (see Saturate64); the vector forms over whole
-// vectors, the plain form on the rest.
+// vectors, the plain form on the rest. The vector forms take the average
+// through single precision, so the call sets the default floating-point
+// environment as the float families do.
 void saturation64(int32_t n, Pixel64* px, int32_t amount) {
+  const FloatEnvironment env;
   const int32_t s = clampTo(amount, -32767, 65534) + 32767;
   if (s == 32767 || n < 1 || px == nullptr) return;
   if (s == 0) return greyToAverage(n, px);
