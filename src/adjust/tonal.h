@@ -181,11 +181,18 @@ struct LevelsIn {
   double gamma;
   const SineFactor<double>* factor;
   bool chosen;
-  E operator()(E e) const {
+  E operator()(E e) const { return output(powered(input(e), gamma)); }
+
+  // The three steps apart, so that a table fill can take each power once
+  // for all three channels (they share gamma).
+  int32_t input(E e) const {
     int32_t c = compared<L>(e);
     if (c < inLow) c = 0;
     if (c > inHigh) c = t;
-    c = roundToInt16(std::pow(c * L::unit, gamma) * t);
+    return c;
+  }
+  static int32_t powered(int32_t c, double gamma) { return roundToInt16(std::pow(c * L::unit, gamma) * t); }
+  E output(int32_t c) const {
     const double v = chosen ? c * (*factor)(c / t) : c;
     return clampRound<L>(v);
   }

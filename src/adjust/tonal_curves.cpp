@@ -1,6 +1,7 @@
 // Tonal adjustments that look at more than one element: the sine curve, the
 // levels (input points, gamma, curve, output points), the equalizer that
 // keeps each pixel's dominant colour, and the whole-factor dodge.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <type_traits>
@@ -88,9 +89,19 @@ bool levelsInOneWalk(typename L::Pixel* px, size_t count, const LevelsIn<L> (&in
   if (px == nullptr || !maps::worthTables(count, 3, 65536)) return false;
   auto* t = static_cast<uint16_t*>(scratchBytes(3 * 65536 * sizeof(uint16_t), ScratchSlot::Fourth));
   if (t == nullptr) return false;
+  // The powers of the input values the channels reach, each taken once
+  // (INT32_MIN: not yet taken; a power is a 16-bit value).
+  auto* powers = static_cast<int32_t*>(scratchBytes(65536 * sizeof(int32_t), ScratchSlot::Third));
+  if (powers == nullptr) return false;
+  std::fill(powers, powers + 65536, INT32_MIN);
   uint16_t* table[3] = {t, t + 65536, t + 2 * 65536};
   for (unsigned i = 0; i < 3; ++i) {
-    for (uint32_t v = 0; v < 65536; ++v) table[i][v] = in[i](static_cast<uint16_t>(v));
+    for (uint32_t v = 0; v < 65536; ++v) {
+      const int32_t c = in[i].input(static_cast<uint16_t>(v));
+      int32_t& p = powers[c + 32768];
+      if (p == INT32_MIN) p = LevelsIn<L>::powered(c, in[i].gamma);
+      table[i][v] = in[i].output(p);
+    }
     for (uint32_t k = 1; k < 65536; ++k)  // k - 32768 and k - 32769 as signed elements
       if (table[i][(k + 32768) & 0xFFFF] < table[i][(k + 32767) & 0xFFFF]) return false;
   }
