@@ -234,6 +234,42 @@ EFFECTS_TARGET_AVX2 size_t toRgb24Avx2(uint8_t* rgb, const Pixel32* px, size_t n
 }
 #endif
 
+// Four red, green, blue word triples a step into 16-bit pixels (AVX2): two
+// pixels' triples in each 16-byte half, turned into place by a byte shuffle;
+// the four blues rescaled in double as blues48 does; the destination's masks
+// kept. The upper half is loaded from the third triple on, so its last four
+// bytes belong to the next pixel: the loop stops while one more follows.
+EFFECTS_TARGET_AVX2 size_t rgb48Avx2(Pixel64* dst, const uint16_t* rgb, size_t n) {
+  const __m256i turn = _mm256_setr_epi8(4, 5, 2, 3, 0, 1, -1, -1, 10, 11, 8, 9, 6, 7, -1, -1,
+                                        4, 5, 2, 3, 0, 1, -1, -1, 10, 11, 8, 9, 6, 7, -1, -1);
+  const __m256i firstLanes = _mm256_setr_epi32(0, 2, 4, 6, 0, 2, 4, 6);
+  const __m256i notBlue = _mm256_set1_epi64x(static_cast<int64_t>(0xFFFFFFFFFFFF0000ull));
+  const __m256d scale = _mm256_set1_pd(1.5259021896696422e-5), full = _mm256_set1_pd(32767.0), one = _mm256_set1_pd(1.0);
+  size_t i = 0;
+  for (; i + 5 <= n; i += 4) {
+    const uint16_t* w = rgb + 3 * i;
+    const __m256i t = _mm256_shuffle_epi8(
+        _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(w))),
+                                _mm_loadu_si128(reinterpret_cast<const __m128i*>(w + 6)), 1),
+        turn);
+    // The blue words (word 0 of each pixel), signed, in four 32-bit lanes.
+    const __m128i blue = _mm256_castsi256_si128(
+        _mm256_permutevar8x32_epi32(_mm256_srai_epi32(_mm256_slli_epi32(t, 16), 16), firstLanes));
+    const __m256d v = _mm256_mul_pd(_mm256_mul_pd(_mm256_cvtepi32_pd(blue), scale), full);
+    // The comparisons' 64-bit masks as four 32-bit lanes.
+    const __m128i above = _mm256_castsi256_si128(
+        _mm256_permutevar8x32_epi32(_mm256_castpd_si256(_mm256_cmp_pd(v, full, _CMP_GT_OQ)), firstLanes));
+    const __m128i below = _mm256_castsi256_si128(
+        _mm256_permutevar8x32_epi32(_mm256_castpd_si256(_mm256_cmp_pd(v, one, _CMP_LT_OQ)), firstLanes));
+    __m128i b = _mm_and_si128(_mm256_cvtpd_epi32(v), _mm_set1_epi32(0xFF));
+    b = _mm_andnot_si128(below, _mm_blendv_epi8(b, _mm_set1_epi32(32767), above));
+    const __m256i colour = _mm256_or_si256(_mm256_and_si256(t, notBlue), _mm256_cvtepu32_epi64(b));
+    const __m256i old = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(dst + i));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i), _mm256_blend_epi16(colour, old, 0x88));
+  }
+  return i;
+}
+
 size_t toRgb24Vectors(uint8_t* rgb, const Pixel32* px, size_t n) {
 #if EFFECTS_WIDE
   if (cpu::avx2()) return toRgb24Avx2(rgb, px, n);
@@ -382,7 +418,14 @@ EFFECTS_API int32_t EFFECTS_CALL Convert15BITto16BITFast(int32_t width, int32_t 
 // eight bits); the destination mask keeps its value.
 EFFECTS_API int32_t EFFECTS_CALL Convert16BITto15BITFast(int32_t width, int32_t height, const uint16_t* rgb, Pixel64* dst) {
   const FloatEnvironment env;
-  const auto fast = [](const Rgb<uint16_t>* s, Pixel64* d, size_t n) { return rgb48Vectors(d, reinterpret_cast<const uint16_t*>(s), n); };
+  const auto fast = [](const Rgb<uint16_t>* s, Pixel64* d, size_t n) {
+    const auto* words = reinterpret_cast<const uint16_t*>(s);
+    size_t i = 0;
+#if EFFECTS_WIDE
+    if (cpu::avx2()) i = rgb48Avx2(d, words, n);
+#endif
+    return i + rgb48Vectors(d + i, words + 3 * i, n - i);
+  };
   convertRun(width, height, reinterpret_cast<const Rgb<uint16_t>*>(rgb), dst, fast, [](const Rgb<uint16_t>& s, Pixel64& d) {
     d.red = s.red;
     d.green = s.green;
