@@ -43,7 +43,9 @@ inline void copyRow(P* to, const P* from, int32_t n, bool withMask) {
     }
     constexpr int32_t k = 16 / sizeof(P);
     const __m128i masks = simd::maskLanes(to);
-    for (; i + k <= n; i += k) simd::store(to + i, simd::select(masks, simd::load(to + i), simd::load(from + i)));
+    // i <= n - k rather than i + k <= n: a span of up to INT32_MAX pixels
+    // would carry i + k past INT32_MAX on its last whole vector.
+    for (; i <= n - k; i += k) simd::store(to + i, simd::select(masks, simd::load(to + i), simd::load(from + i)));
   }
 #endif
   for (; i < n; ++i) copyPixel(to[i], from[i], withMask);
