@@ -38,9 +38,10 @@ inline constexpr uint32_t kBitFields = 3;      // BI_BITFIELDS
 inline constexpr uint32_t kRgbColours = 0;     // DIB_RGB_COLORS
 inline constexpr uint32_t kInvalidColour = 0xFFFFFFFFu;  // CLR_INVALID
 
-// Bytes in one DIB row: width x bits, padded up to a multiple of 4.
-inline uint32_t dibStride(int32_t width, uint32_t bitCount) {
-  return ((static_cast<uint32_t>(width) * bitCount + 31u) / 32u) * 4u;
+// Bytes in one DIB row: width x bits, padded up to a multiple of 4. In 64
+// bits: a row of 2^27 or more 32-bit pixels has more bits than 32 bits count.
+inline uint64_t dibStride(int32_t width, uint32_t bitCount) {
+  return ((static_cast<uint64_t>(static_cast<uint32_t>(width)) * bitCount + 31u) / 32u) * 4u;
 }
 
 // GetDIBits: with a null bits pointer and biBitCount 0 a format query that

@@ -93,14 +93,14 @@ int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
     header->biPlanes = 1;
     header->biBitCount = 32;
     header->biCompression = kBitFields;
-    header->biSizeImage = dibStride(bm->width, 32) * static_cast<uint32_t>(bm->height);
+    header->biSizeImage = static_cast<uint32_t>(dibStride(bm->width, 32) * static_cast<uint32_t>(bm->height));
     header->biXPelsPerMeter = header->biYPelsPerMeter = 0;
     header->biClrUsed = header->biClrImportant = 0;
     return bm->height;  // as GDI: the bitmap's scan lines
   }
   if (!usableFormat(header) || header->biPlanes == 0) return 0;
   const uint32_t bitCount = header->biBitCount;
-  const size_t stride = dibStride(header->biWidth, bitCount);
+  const size_t stride = static_cast<size_t>(dibStride(header->biWidth, bitCount));
   header->biClrUsed = 0;
   header->biSizeImage = static_cast<uint32_t>(stride * static_cast<size_t>(height));
   if (!bits) return 1;  // no rows wanted: only the description is completed
@@ -144,7 +144,7 @@ int32_t setDIBits(DeviceContext, Bitmap bitmap, uint32_t start, uint32_t lines, 
   // unsigned 32 bits as GDI does (a start past the picture leaves them as given)
   if (!map.topDown) map.lines = std::min(lines, static_cast<uint32_t>(height) - start);
   const uint32_t bitCount = header->biBitCount;
-  const size_t stride = dibStride(header->biWidth, bitCount);
+  const size_t stride = static_cast<size_t>(dibStride(header->biWidth, bitCount));
   const int64_t columns = std::min<int64_t>(header->biWidth, bm->width);
   const auto* in = static_cast<const uint8_t*>(bits);
   const int64_t rows = std::min(map.lines, height);
@@ -197,7 +197,7 @@ int32_t setDIBitsToDevice(DeviceContext dc, int32_t x, int32_t y, uint32_t width
   const int64_t bottom = std::min<int64_t>({sBottom + dy, int64_t{y} + cy, bm->height});
 
   const uint32_t bitCount = header->biBitCount;
-  const size_t stride = dibStride(header->biWidth, bitCount);
+  const size_t stride = static_cast<size_t>(dibStride(header->biWidth, bitCount));
   const auto* in = static_cast<const uint8_t*>(bits);
   for (int64_t row = top; row < bottom; ++row) {
     const int64_t blockRow = row - dy;

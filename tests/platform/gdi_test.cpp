@@ -74,6 +74,15 @@ TEST(GdiSetDIBitsToDevice, RowOrderClippingAndScanLines) {
 
 // GetDIBits and SetDIBits move 24- and 32-bit rows padded to 4 bytes,
 // bottom-up for a positive height; a format query describes the bitmap.
+// Row sizes padded to 4 bytes, and counted past 32 bits for the widest rows
+// (2^27 32-bit pixels already have 2^32 bits).
+TEST(GdiDIBits, RowSizes) {
+  EXPECT_EQ(dibStride(5, 24), 16u);
+  EXPECT_EQ(dibStride(5, 32), 20u);
+  EXPECT_EQ(dibStride(1 << 27, 32), uint64_t(1) << 29);
+  EXPECT_EQ(dibStride(INT32_MAX, 24), (uint64_t(INT32_MAX) * 3 + 3) / 4 * 4);
+}
+
 TEST(GdiDIBits, FormatQueryReadsAndWrites) {
   TestSurface s(5, 4, kFill);
   for (int32_t y = 0; y < 4; ++y)
