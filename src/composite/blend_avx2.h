@@ -12,6 +12,7 @@
 
 #include "composite/blend.h"
 #include "core/cpu.h"
+#include "core/simd.h"
 
 namespace effects::blend::avx2 {
 
@@ -198,6 +199,7 @@ EFFECTS_TARGET_AVX2 inline size_t row(Pixel32* canvas, const Pixel32* source, si
   const V masks = set(static_cast<int32_t>(0xFF000000u));
   size_t i = 0;
   for (; i + 8 <= n; i += 8) {
+    if ((i & 15) == 0) simd::prefetchAhead(canvas + i), simd::prefetchAhead(source + i);
     const V c = _mm256_loadu_si256(reinterpret_cast<const V*>(canvas + i));
     const V s = _mm256_loadu_si256(reinterpret_cast<const V*>(source + i));
     const V m = _mm256_srli_epi32(s, 24);
@@ -218,6 +220,7 @@ EFFECTS_TARGET_AVX2 inline size_t row(Pixel64* canvas, const Pixel64* source, si
   const __m256d kk = _mm256_set1_pd(k);
   size_t i = 0;
   for (; i + 4 <= n; i += 4) {
+    if ((i & 7) == 0) simd::prefetchAhead(canvas + i), simd::prefetchAhead(source + i);
     const V c = _mm256_loadu_si256(reinterpret_cast<const V*>(canvas + i));
     const V s = _mm256_loadu_si256(reinterpret_cast<const V*>(source + i));
     // Pixels 0, 1 and 2, 3 widened to 32-bit lanes.
@@ -254,6 +257,7 @@ EFFECTS_TARGET_AVX2 inline size_t row(Pixel128* canvas, const Pixel128* source, 
   const __m256 zero = _mm256_setzero_ps();
   size_t i = 0;
   for (; i + 2 <= n; i += 2) {
+    if ((i & 3) == 0) simd::prefetchAhead(canvas + i), simd::prefetchAhead(source + i);
     const __m256 d = _mm256_loadu_ps(&canvas[i].blue), s = _mm256_loadu_ps(&source[i].blue);
     const __m256 m = _mm256_permute_ps(s, _MM_SHUFFLE(3, 3, 3, 3));  // each pixel's mask in its half
     const __m256 use = Mode == EFFECTS_BLEND_NORMAL ? _mm256_cmp_ps(m, zero, _CMP_GT_OQ) : _mm256_cmp_ps(m, zero, _CMP_NEQ_UQ);

@@ -4,6 +4,10 @@
 // many pixels it did; blend::blendPixel (blend.h) does the rest, and the
 // tests hold this form and the AVX2 ones (blend_avx2.h) to it.
 //
+// The canvas and source 4 KiB ahead are asked for once a cache line: with
+// two streams read and one written the processor's own prefetching falls
+// behind (the 16-bit rows took a quarter longer without).
+//
 // Every element is worked in a 32-bit lane: the mode's target and the
 // condition under which the mode moves the element in integers, exactly as
 // blend.h states them (the divisions by the full value included), then
@@ -134,6 +138,7 @@ inline size_t row(Pixel32* canvas, const Pixel32* source, size_t n, float k) {
   const __m128i masks = simd::maskLanes(canvas);
   size_t i = 0;
   for (; i + 4 <= n; i += 4) {
+    if ((i & 15) == 0) simd::prefetchAhead(canvas + i), simd::prefetchAhead(source + i);
     const __m128i c = simd::load(canvas + i), s = simd::load(source + i);
     const __m128i m = _mm_srli_epi32(s, 24);
     const __m128 a = _mm_mul_ps(_mm_cvtepi32_ps(m), kk);
