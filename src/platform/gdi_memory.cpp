@@ -10,6 +10,7 @@
 #define EFFECTS_MEMORY_SURFACES 1
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -46,14 +47,44 @@ bool usableFormat(const BitmapHeader* h) {
 
 // One picture pixel onto the bitmap: a 32-bit pixel carries its fourth byte
 // along, a 24-bit one arrives with a fourth byte of 0.
+static_assert(std::endian::native == std::endian::little, "the row copies read pixels as little-endian words");
+
 void putPixel(uint8_t* to, const uint8_t* from, uint32_t bitCount) {
   to[0] = from[0]; to[1] = from[1]; to[2] = from[2];
   to[3] = bitCount == 32 ? from[3] : 0;
 }
 
-void getPixelBytes(uint8_t* to, const uint8_t* from, uint32_t bitCount) {
-  to[0] = from[0]; to[1] = from[1]; to[2] = from[2];
-  if (bitCount == 32) to[3] = from[3];
+// `columns` pixels of a bitmap row (four bytes each) into a DIB row of 24 or
+// 32 bits. A 24-bit pixel is stored as a 4-byte word whose last byte the next
+// pixel overwrites; the last pixel is stored as its three bytes.
+void getRow(uint8_t* to, const uint8_t* from, int64_t columns, uint32_t bitCount) {
+  if (columns <= 0) return;
+  if (bitCount == 32) {
+    std::memcpy(to, from, static_cast<size_t>(columns) * 4u);
+    return;
+  }
+  const size_t last = static_cast<size_t>(columns) - 1;
+  for (size_t x = 0; x < last; ++x) std::memcpy(to + 3 * x, from + 4 * x, 4);
+  std::memcpy(to + 3 * last, from + 4 * last, 3);
+}
+
+// `columns` pixels of a DIB row of 24 or 32 bits into a bitmap row; a 24-bit
+// pixel gets a fourth byte of 0. A 24-bit pixel is read as a 4-byte word
+// whose last byte (the next pixel's) is cleared; the last pixel byte by byte.
+void putRow(uint8_t* to, const uint8_t* from, int64_t columns, uint32_t bitCount) {
+  if (columns <= 0) return;
+  if (bitCount == 32) {
+    std::memcpy(to, from, static_cast<size_t>(columns) * 4u);
+    return;
+  }
+  const size_t last = static_cast<size_t>(columns) - 1;
+  for (size_t x = 0; x < last; ++x) {
+    uint32_t v;
+    std::memcpy(&v, from + 3 * x, 4);
+    v &= 0x00FFFFFFu;  // little-endian: the fourth byte is the top one
+    std::memcpy(to + 4 * x, &v, 4);
+  }
+  putPixel(to + 4 * last, from + 3 * last, 24);
 }
 
 // The rows of a caller's buffer of `lines` rows that starts at scan `start`:
@@ -127,8 +158,7 @@ int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
     }
     if (row < 0) continue;
     std::memset(line, 0, stride);  // padding and columns past the bitmap read as 0
-    for (int64_t x = 0; x < columns; ++x)
-      getPixelBytes(line + static_cast<size_t>(x) * (bitCount / 8), pixelAt(*bm, x, row), bitCount);
+    getRow(line, pixelAt(*bm, 0, row), columns, bitCount);
     ++copied;
   }
   return copied;
@@ -151,9 +181,7 @@ int32_t setDIBits(DeviceContext, Bitmap bitmap, uint32_t start, uint32_t lines, 
   for (int64_t j = 0; j < rows; ++j) {
     const int64_t row = map.rowOf(j);
     if (row < 0 || row >= bm->height) continue;
-    const uint8_t* line = in + static_cast<size_t>(j) * stride;
-    for (int64_t x = 0; x < columns; ++x)
-      putPixel(pixelAt(*bm, x, row), line + static_cast<size_t>(x) * (bitCount / 8), bitCount);
+    putRow(pixelAt(*bm, 0, row), in + static_cast<size_t>(j) * stride, columns, bitCount);
   }
   return static_cast<int32_t>(map.lines);
 }
@@ -203,8 +231,7 @@ int32_t setDIBitsToDevice(DeviceContext dc, int32_t x, int32_t y, uint32_t width
     const int64_t blockRow = row - dy;
     const int64_t memoryRow = topDown ? blockRow : blockRows - 1 - blockRow;
     const uint8_t* line = in + static_cast<size_t>(memoryRow) * stride;
-    for (int64_t col = left; col < right; ++col)
-      putPixel(pixelAt(*bm, col, row), line + static_cast<size_t>(col - dx) * (bitCount / 8), bitCount);
+    putRow(pixelAt(*bm, left, row), line + static_cast<size_t>(left - dx) * (bitCount / 8), right - left, bitCount);
   }
   return static_cast<int32_t>(count);
 }
