@@ -9,6 +9,7 @@
 
 #include "core/layout.h"
 #include "core/picture.h"
+#include "core/pixel_rows.h"
 #include "core/scratch.h"
 #include "platform/dib24.h"
 
@@ -43,10 +44,12 @@ int32_t adjustBitmap(DeviceContext dcOut, Bitmap bmOut, DeviceContext dcIn, Bitm
 
 // Widens a 24-bit row to 32-bit pixels (mask 0) and back.
 inline void widen(const Pixel24* from, Pixel32* to, int32_t width) {
-  for (int32_t x = 0; x < width; ++x) to[x] = Pixel32{from[x].blue, from[x].green, from[x].red, 0};
+  rows::widen24(reinterpret_cast<const uint8_t*>(from), reinterpret_cast<uint8_t*>(to),
+                width < 0 ? 0u : static_cast<size_t>(width));
 }
 inline void narrow(const Pixel32* from, Pixel24* to, int32_t width) {
-  for (int32_t x = 0; x < width; ++x) to[x] = Pixel24{from[x].blue, from[x].green, from[x].red};
+  rows::narrow24(reinterpret_cast<const uint8_t*>(from), reinterpret_cast<uint8_t*>(to),
+                 width < 0 ? 0u : static_cast<size_t>(width));
 }
 
 // The frame around a 32-bit buffer export's own loop, for the per-pixel

@@ -10,13 +10,13 @@
 #define EFFECTS_MEMORY_SURFACES 1
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 #include <utility>
 
+#include "core/pixel_rows.h"
 #include "effects/surface.h"
 #include "platform/gdi.h"
 
@@ -45,46 +45,17 @@ bool usableFormat(const BitmapHeader* h) {
          h->biWidth > 0 && h->biHeight != 0;
 }
 
-// One picture pixel onto the bitmap: a 32-bit pixel carries its fourth byte
-// along, a 24-bit one arrives with a fourth byte of 0.
-static_assert(std::endian::native == std::endian::little, "the row copies read pixels as little-endian words");
-
-void putPixel(uint8_t* to, const uint8_t* from, uint32_t bitCount) {
-  to[0] = from[0]; to[1] = from[1]; to[2] = from[2];
-  to[3] = bitCount == 32 ? from[3] : 0;
-}
-
 // `columns` pixels of a bitmap row (four bytes each) into a DIB row of 24 or
-// 32 bits. A 24-bit pixel is stored as a 4-byte word whose last byte the next
-// pixel overwrites; the last pixel is stored as its three bytes.
+// 32 bits, and back (a 24-bit pixel's fourth byte becoming 0).
 void getRow(uint8_t* to, const uint8_t* from, int64_t columns, uint32_t bitCount) {
   if (columns <= 0) return;
-  if (bitCount == 32) {
-    std::memcpy(to, from, static_cast<size_t>(columns) * 4u);
-    return;
-  }
-  const size_t last = static_cast<size_t>(columns) - 1;
-  for (size_t x = 0; x < last; ++x) std::memcpy(to + 3 * x, from + 4 * x, 4);
-  std::memcpy(to + 3 * last, from + 4 * last, 3);
+  if (bitCount == 32) std::memcpy(to, from, static_cast<size_t>(columns) * 4u);
+  else rows::narrow24(from, to, static_cast<size_t>(columns));
 }
-
-// `columns` pixels of a DIB row of 24 or 32 bits into a bitmap row; a 24-bit
-// pixel gets a fourth byte of 0. A 24-bit pixel is read as a 4-byte word
-// whose last byte (the next pixel's) is cleared; the last pixel byte by byte.
 void putRow(uint8_t* to, const uint8_t* from, int64_t columns, uint32_t bitCount) {
   if (columns <= 0) return;
-  if (bitCount == 32) {
-    std::memcpy(to, from, static_cast<size_t>(columns) * 4u);
-    return;
-  }
-  const size_t last = static_cast<size_t>(columns) - 1;
-  for (size_t x = 0; x < last; ++x) {
-    uint32_t v;
-    std::memcpy(&v, from + 3 * x, 4);
-    v &= 0x00FFFFFFu;  // little-endian: the fourth byte is the top one
-    std::memcpy(to + 4 * x, &v, 4);
-  }
-  putPixel(to + 4 * last, from + 3 * last, 24);
+  if (bitCount == 32) std::memcpy(to, from, static_cast<size_t>(columns) * 4u);
+  else rows::widen24(from, to, static_cast<size_t>(columns));
 }
 
 // The rows of a caller's buffer of `lines` rows that starts at scan `start`:
