@@ -232,7 +232,6 @@ EFFECTS_TARGET_AVX2 size_t toRgb24Avx2(uint8_t* rgb, const Pixel32* px, size_t n
   }
   return i;
 }
-#endif
 
 // Four red, green, blue word triples a step into 16-bit pixels (AVX2): two
 // pixels' triples in each 16-byte half, turned into place by a byte shuffle;
@@ -286,6 +285,8 @@ EFFECTS_TARGET_AVX2 size_t quantizeAvx2(Pixel32* dst, const Pixel128* src, size_
   }
   return i;
 }
+
+#endif
 
 size_t toRgb24Vectors(uint8_t* rgb, const Pixel32* px, size_t n) {
 #if EFFECTS_WIDE
