@@ -128,8 +128,10 @@ int32_t getDIBits(DeviceContext dc, Bitmap bitmap, uint32_t start, uint32_t line
       continue;
     }
     if (row < 0) continue;
-    std::memset(line, 0, stride);  // padding and columns past the bitmap read as 0
     getRow(line, pixelAt(*bm, 0, row), columns, bitCount);
+    // padding and columns past the bitmap read as 0
+    const size_t filled = static_cast<size_t>(columns) * (bitCount / 8);
+    std::memset(line + filled, 0, stride - filled);
     ++copied;
   }
   return copied;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/element_map.h"
+#include "core/pixel_rows.h"
 #include "support/fast_paths.h"
 
 using namespace effects;
@@ -64,5 +65,39 @@ TEST(ElementMapWalks, MaximaCompareUnsigned) {
       EXPECT_EQ(ma.of[c], want[0][c]) << n << " channel " << c;
       EXPECT_EQ(mb.of[c], want[1][c]) << n << " channel " << c;
     }
+  }
+}
+
+// The 24-bit row helpers: every length up to a few wide steps, the wide
+// forms' tails, a canary past each row, and the same bytes as the plain forms.
+TEST(PixelRows, WideFormsGiveThePlainBytesAndStayInTheRow) {
+  uint8_t table[256];
+  for (uint32_t v = 0; v < 256; ++v) table[v] = uint8_t(v * 151u + 29);
+  for (size_t n = 0; n <= 70; ++n) {
+    SCOPED_TRACE(n);
+    const auto px = varied<Pixel32>(n + 1, uint32_t(n) + 3);
+    std::vector<uint8_t> narrow(4 * n + 8), plainNarrow(4 * n + 8, 0xEE), wide(4 * n + 8), plainWide(4 * n + 8, 0xEE);
+    std::fill(narrow.begin(), narrow.end(), 0xEE);
+    std::fill(wide.begin(), wide.end(), 0xEE);
+    rows::narrow24(reinterpret_cast<const uint8_t*>(px.data()), narrow.data(), n);
+    rows::detail::narrowPlain(reinterpret_cast<const uint8_t*>(px.data()), plainNarrow.data(), n);
+    EXPECT_EQ(narrow, plainNarrow);
+    for (size_t i = 0; i < n; ++i) {
+      EXPECT_EQ(narrow[3 * i], px[i].blue);
+      EXPECT_EQ(narrow[3 * i + 2], px[i].red);
+    }
+    EXPECT_EQ(narrow[3 * n], 0xEE);
+    rows::widen24(narrow.data(), wide.data(), n);
+    rows::detail::widenPlain(narrow.data(), plainWide.data(), n);
+    EXPECT_EQ(wide, plainWide);
+    for (size_t i = 0; i < n; ++i) {
+      EXPECT_EQ(wide[4 * i + 1], px[i].green);
+      EXPECT_EQ(wide[4 * i + 3], 0);
+    }
+    EXPECT_EQ(wide[4 * n], 0xEE);
+    std::vector<uint8_t> mapped(narrow.begin(), narrow.begin() + 3 * n), want = mapped;
+    for (auto& b : want) b = table[b];
+    rows::mapBytes(mapped.data(), mapped.size(), table);
+    EXPECT_EQ(mapped, want);
   }
 }
