@@ -3,13 +3,17 @@
 // with the 8-bit blend engine on 24-bit working pictures. The result goes
 // back into the destination bitmap, to an output device context, or into the
 // caller's pixels buffer and the output device context.
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "composite/blend.h"
+#include "composite/blend_simd.h"
 #include "core/fpenv.h"
 #include "core/layout.h"
 #include "core/numeric.h"
 #include "core/picture.h"
+#include "core/pixel_rows.h"
 #include "core/scratch.h"
 #include "effects/maskcomposite.h"
 #include "platform/dib24.h"
@@ -58,35 +62,53 @@ Pixel24 colourOf(uint32_t colorref) {
                  static_cast<uint8_t>(colorref)};
 }
 
+// The pixels of a row are composited in runs of this many, widened into
+// 32-bit pixels on the stack, so the rows of the layer composite do the
+// blending: the destination is the canvas, the source colour with the mask
+// byte as its mask the source.
+constexpr size_t kRun = 512;
+
 // Composites under a mode fixed at compile time. All buffers share the
 // destination's row stride, so one byte offset names the same pixel in each.
-// `sourceAt(row, x)` gives the source colour of a pixel.
-template <int32_t Mode, class SourceAt>
-void compositeRows(const Picture<Pixel24>& dest, const uint8_t* mask, SourceAt sourceAt, int32_t opacity) {
+// `sourceRun(y, x, n, to)` gives the source colours of n pixels of row y
+// from x as 32-bit pixels (their mask bytes are then set here).
+template <int32_t Mode, class SourceRun>
+void compositeRows(const Picture<Pixel24>& dest, const uint8_t* mask, SourceRun sourceRun, int32_t opacity) {
   const blend::Weight<Layout32> weight(opacity);
   // Mode 0 copies the source exactly where round(opacity x 2.55) + m > 509,
-  // compared so on purpose (opacity 100 with a full mask, in range).
+  // compared so on purpose (opacity 100 with a full mask, in range). The
+  // blend runs on every pixel with a mask above 0; those it should have
+  // copied are then given the source colour.
   const int32_t shortcutBase = roundToInt32(static_cast<double>(opacity) * 2.55);
+  bool copies[256] = {};
+  bool anyCopies = false;
+  if constexpr (Mode == EFFECTS_BLEND_NORMAL) {
+    for (int32_t m = 1; m < 256; ++m) anyCopies |= copies[m] = wrapAdd(shortcutBase, m) > 509;
+  }
+  Pixel32 canvas[kRun], source[kRun];
+  const auto width = static_cast<size_t>(dest.width());
   for (int32_t y = 0; y < dest.height(); ++y) {
-    Pixel24* d = dest.row(y);
+    auto* d = reinterpret_cast<uint8_t*>(dest.row(y));
     const uint8_t* m = mask + static_cast<ptrdiff_t>(y) * dest.stride();
-    for (int32_t x = 0; x < dest.width(); ++x) {
-      const uint8_t weightByte = m[static_cast<ptrdiff_t>(x) * 3];
-      if (weightByte == 0) continue;
-      const Pixel24& s = sourceAt(y, x);
-      if (Mode == EFFECTS_BLEND_NORMAL && wrapAdd(shortcutBase, weightByte) > 509) {
-        d[x] = s;
-        continue;
+    for (size_t x = 0; x < width; x += kRun) {
+      const size_t n = width - x < kRun ? width - x : kRun;
+      rows::widen24(d + 3 * x, reinterpret_cast<uint8_t*>(canvas), n);
+      sourceRun(y, x, n, source);
+      for (size_t i = 0; i < n; ++i) source[i].mask = m[3 * (x + i)];
+      blend::sse2::blendRow<Layout32, Mode>(canvas, source, n, weight);
+      if (anyCopies) {
+        for (size_t i = 0; i < n; ++i)
+          if (copies[source[i].mask]) canvas[i] = source[i];
       }
-      blend::blendColour<Layout32, Mode>(d[x], s, weight.of(weightByte));
+      rows::narrow24(reinterpret_cast<const uint8_t*>(canvas), d + 3 * x, n);
     }
   }
 }
 
-template <class SourceAt>
-void composite(const Picture<Pixel24>& dest, const uint8_t* mask, SourceAt sourceAt, int32_t opacity,
+template <class SourceRun>
+void composite(const Picture<Pixel24>& dest, const uint8_t* mask, SourceRun sourceRun, int32_t opacity,
                int32_t mode) {
-  blend::withMode(mode, [&](auto m) { compositeRows<decltype(m)::value>(dest, mask, sourceAt, opacity); });
+  blend::withMode(mode, [&](auto m) { compositeRows<decltype(m)::value>(dest, mask, sourceRun, opacity); });
 }
 
 // Reads a source or mask bitmap into a scratch slot, after the destination
@@ -142,13 +164,15 @@ int32_t maskComposite(DeviceContext hdc, Bitmap bitmap, const Mask& mask, const 
   if constexpr (sourceIsBitmap) {
     const ptrdiff_t stride = picture.stride();
     composite(picture, maskBits,
-              [sourceBits, stride](int32_t y, int32_t x) -> const Pixel24& {
-                return reinterpret_cast<const Pixel24*>(sourceBits + static_cast<ptrdiff_t>(y) * stride)[x];
+              [sourceBits, stride](int32_t y, size_t x, size_t n, Pixel32* to) {
+                rows::widen24(sourceBits + static_cast<ptrdiff_t>(y) * stride + 3 * x, reinterpret_cast<uint8_t*>(to), n);
               },
               opacity, mode);
   } else {
-    const Pixel24 colour = colourOf(source.color);
-    composite(picture, maskBits, [&colour](int32_t, int32_t) -> const Pixel24& { return colour; }, opacity, mode);
+    const Pixel24 c = colourOf(source.color);
+    const Pixel32 colour{c.blue, c.green, c.red, 0};
+    composite(picture, maskBits,
+              [&colour](int32_t, size_t, size_t n, Pixel32* to) { std::fill(to, to + n, colour); }, opacity, mode);
   }
 
   if (out.kind == Kind::Bitmap) dest.write(hdc, bitmap, bits);

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "core/scratch.h"
@@ -35,26 +36,32 @@ const Words kSolid(kW * kH, word(0x40, 0xC0, 0xE0));  // kColour as a picture
 
 // The members that write back agree with the layer engine in every mode
 // (and an unknown one), source a bitmap or a colour, mask a bitmap (weights
-// 0 and 255 among them) or a padded array, on both kinds of bitmap.
+// 0 and 255 among them) or a padded array, on both kinds of bitmap; a small
+// picture and one whose rows are composited in several runs with a ragged
+// end; opacity 101 copies the fullest weights and blends the rest.
 TEST(MaskComposite, BlendsAsTheLayerEngineInEveryMode) {
-  const Words dest = randomWords(kW * kH, 1), source = randomWords(kW * kH, 2);
-  Words mask = randomWords(kW * kH, 3);
-  mask[0] = 0x00FFFF00u, mask[1] = 0xFF;
-  const auto maskArray = rows24(kW, kH, mask, 0xFF);
-  for (auto kind : kSurfaceKinds)
-    for (int32_t mode = 0; mode <= 17; ++mode)
-      for (int32_t opacity : {100, 37}) {
-        auto src = surfaceOf(kW, kH, source, kind), msk = surfaceOf(kW, kH, mask, kind);
-        auto d1 = surfaceOf(kW, kH, dest, kind), d2 = surfaceOf(kW, kH, dest, kind);
-        auto d3 = surfaceOf(kW, kH, dest, kind), d4 = surfaceOf(kW, kH, dest, kind);
-        EXPECT_EQ(VexoMask(d1->dc(), d1->bitmap(), msk->dc(), msk->bitmap(), src->dc(), src->bitmap(), opacity, mode), 1);
-        EXPECT_EQ(VexoMaskColor(d2->dc(), d2->bitmap(), msk->dc(), msk->bitmap(), kColour, opacity, mode), 1);
-        EXPECT_EQ(VexoMaskArray(d3->dc(), d3->bitmap(), maskArray.data(), src->dc(), src->bitmap(), opacity, mode), 1);
-        EXPECT_EQ(VexoMaskArrayColor(d4->dc(), d4->bitmap(), maskArray.data(), kColour, opacity, mode), 1);
-        const Words fromSource = engine(dest, source, mask, opacity, mode), fromColour = engine(dest, kSolid, mask, opacity, mode);
-        EXPECT_TRUE(wordsOf(*d1) == fromSource && wordsOf(*d3) == fromSource) << mode << " " << opacity;
-        EXPECT_TRUE(wordsOf(*d2) == fromColour && wordsOf(*d4) == fromColour) << mode << " " << opacity;
-      }
+  for (auto [w, h] : {std::pair{kW, kH}, std::pair{1037, 2}}) {
+    const size_t n = size_t(w) * size_t(h);
+    const Words dest = randomWords(n, 1), source = randomWords(n, 2);
+    Words mask = randomWords(n, 3);
+    mask[0] = 0x00FFFF00u, mask[1] = 0xFF;
+    const auto maskArray = rows24(w, h, mask, 0xFF);
+    const Words solid(n, word(0x40, 0xC0, 0xE0));  // kColour as a picture
+    for (auto kind : kSurfaceKinds)
+      for (int32_t mode = 0; mode <= 17; ++mode)
+        for (int32_t opacity : {100, 37, 101}) {
+          auto src = surfaceOf(w, h, source, kind), msk = surfaceOf(w, h, mask, kind);
+          auto d1 = surfaceOf(w, h, dest, kind), d2 = surfaceOf(w, h, dest, kind);
+          auto d3 = surfaceOf(w, h, dest, kind), d4 = surfaceOf(w, h, dest, kind);
+          EXPECT_EQ(VexoMask(d1->dc(), d1->bitmap(), msk->dc(), msk->bitmap(), src->dc(), src->bitmap(), opacity, mode), 1);
+          EXPECT_EQ(VexoMaskColor(d2->dc(), d2->bitmap(), msk->dc(), msk->bitmap(), kColour, opacity, mode), 1);
+          EXPECT_EQ(VexoMaskArray(d3->dc(), d3->bitmap(), maskArray.data(), src->dc(), src->bitmap(), opacity, mode), 1);
+          EXPECT_EQ(VexoMaskArrayColor(d4->dc(), d4->bitmap(), maskArray.data(), kColour, opacity, mode), 1);
+          const Words fromSource = engine(dest, source, mask, opacity, mode), fromColour = engine(dest, solid, mask, opacity, mode);
+          EXPECT_TRUE(wordsOf(*d1) == fromSource && wordsOf(*d3) == fromSource) << w << " " << mode << " " << opacity;
+          EXPECT_TRUE(wordsOf(*d2) == fromColour && wordsOf(*d4) == fromColour) << w << " " << mode << " " << opacity;
+        }
+  }
 }
 
 // One pixel: the COLORREF order, opacity 99, and the comparison with 509
