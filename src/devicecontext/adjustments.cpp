@@ -106,29 +106,53 @@ inline uint8_t webLevel(uint8_t c) {
 
 // ------------------------------------------------------------- anti-alias
 
-inline int32_t brightness(const Pixel24& p) { return (p.blue + p.green + p.red) / 3; }
+inline uint8_t brightness(const Pixel24& p) { return static_cast<uint8_t>((p.blue + p.green + p.red) / 3); }
 
-void antiAlias(const Picture<Pixel24>& pic) {
-  if (pic.width() < 3 || pic.height() < 3) return;
-  static constexpr int32_t kCells[9][2] = {{-1, -1}, {0, -1}, {1, -1}, {-1, 0}, {0, 0},
-                                           {1, 0},   {-1, 1}, {0, 1}, {1, 1}};
-  const auto cells = Offsets<9>::in(pic, kCells);
-  // In place, in buffer order: the cells of the row before and the cell to
-  // the left already hold their smoothed colours when they are read.
-  forEachInterior(pic, 1, [&cells](Pixel24& p, int32_t, int32_t) {
-    const Pixel24 own = p;
-    const int32_t level = brightness(own);
-    int32_t blue = 0, green = 0, red = 0;
-    for (size_t i = 0; i < 9; ++i) {
-      const Pixel24& cell = neighbour(&p, cells[i]);
-      const int32_t l = brightness(cell);
-      const Pixel24& c = l >= level - 50 && l <= level + 50 ? own : cell;
-      blue += c.blue;
-      green += c.green;
-      red += c.red;
+inline void brightnessRow(const Pixel24* row, uint8_t* to, int32_t width) {
+  for (int32_t x = 0; x < width; ++x) to[x] = brightness(row[x]);
+}
+
+// Each interior pixel becomes the mean of its 3 x 3 cells, a cell whose
+// brightness is more than 50 away from the pixel's own counting as the cell,
+// the others as the pixel itself. In place, in buffer order: the cells of
+// the row before and the cell to the left already hold their smoothed
+// colours when they are read. The brightness of the rows around the one
+// being smoothed is kept in three rows (scratch slot Second), the row being
+// smoothed updated pixel by pixel, so each brightness is worked out twice
+// rather than nine times. False when there is no memory for them.
+bool antiAlias(const Picture<Pixel24>& pic) {
+  const int32_t w = pic.width(), h = pic.height();
+  if (w < 3 || h < 3) return true;
+  auto* levels = static_cast<uint8_t*>(scratchBytes(3 * static_cast<size_t>(w), ScratchSlot::Second));
+  if (levels == nullptr) return false;
+  uint8_t *above = levels, *here = levels + w, *below = levels + 2 * static_cast<size_t>(w);
+  brightnessRow(pic.row(0), above, w);
+  brightnessRow(pic.row(1), here, w);
+  for (int32_t y = 1; y + 1 < h; ++y) {
+    const Pixel24* up = pic.row(y - 1);
+    Pixel24* row = pic.row(y);
+    const Pixel24* down = pic.row(y + 1);
+    brightnessRow(down, below, w);
+    for (int32_t x = 1; x + 1 < w; ++x) {
+      const Pixel24 own = row[x];
+      const int32_t level = here[x];
+      int32_t blue = 0, green = 0, red = 0;
+      const auto add = [&](const Pixel24& cell, int32_t l) {
+        const Pixel24& c = l >= level - 50 && l <= level + 50 ? own : cell;
+        blue += c.blue;
+        green += c.green;
+        red += c.red;
+      };
+      add(up[x - 1], above[x - 1]), add(up[x], above[x]), add(up[x + 1], above[x + 1]);
+      add(row[x - 1], here[x - 1]), add(own, level), add(row[x + 1], here[x + 1]);
+      add(down[x - 1], below[x - 1]), add(down[x], below[x]), add(down[x + 1], below[x + 1]);
+      row[x] = Pixel24{static_cast<uint8_t>(blue / 9), static_cast<uint8_t>(green / 9), static_cast<uint8_t>(red / 9)};
+      here[x] = brightness(row[x]);
     }
-    p = Pixel24{static_cast<uint8_t>(blue / 9), static_cast<uint8_t>(green / 9), static_cast<uint8_t>(red / 9)};
-  });
+    uint8_t* done = above;
+    above = here, here = below, below = done;
+  }
+  return true;
 }
 
 }  // namespace
@@ -147,6 +171,6 @@ EFFECTS_API int32_t EFFECTS_CALL VexoColorFilter(void* hdcDest, void* hbmDest, v
 EFFECTS_API int32_t EFFECTS_CALL VexoGamma(void* hdc, void* hbm, float gamma) { const FloatEnvironment env; return gammaTable(hdc, hbm, gamma); }
 EFFECTS_API int32_t EFFECTS_CALL Vexofstop(void* hdc, void* hbm, double stops) { const FloatEnvironment env; return fstop(hdc, hbm, stops); }
 EFFECTS_API int32_t EFFECTS_CALL VexoWebColour(void* hdc, void* hbm) { const FloatEnvironment env; return inPlace(hdc, hbm, [](Pixel24& p) { p.blue = webLevel(p.blue); p.green = webLevel(p.green); p.red = webLevel(p.red); }); }
-EFFECTS_API int32_t EFFECTS_CALL VexoAntiAlias(void* hdc, void* hbm) { const FloatEnvironment env; return adjustBitmap(hdc, hbm, hdc, hbm, [](const Picture<Pixel24>& pic) { antiAlias(pic); return true; }); }
+EFFECTS_API int32_t EFFECTS_CALL VexoAntiAlias(void* hdc, void* hbm) { const FloatEnvironment env; return adjustBitmap(hdc, hbm, hdc, hbm, [](const Picture<Pixel24>& pic) { return antiAlias(pic); }); }
 
 }  // extern "C"

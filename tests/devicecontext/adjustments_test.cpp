@@ -2,7 +2,9 @@
 // on Windows against real GDI (DIB sections and device-dependent bitmaps).
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "core/scratch.h"
@@ -94,6 +96,38 @@ TEST(DeviceContextAdjust, AntiAlias) {
   EXPECT_EQ(after(4, 3, {K, K, K, K, K, W, K, K, K, K, K, K}, aa), (Words{K, K, K, K, K, S, K, K, K, K, K, K}));
   const Words thin = randomWords(8, 3);
   EXPECT_TRUE(after(2, 4, thin, aa) == coloursOf(thin) && after(4, 2, thin, aa) == coloursOf(thin));
+}
+
+// The smoothing as a plain walk over the cells, each cell's brightness
+// taken where it is read: the rows go bottom first (the order GDI delivers
+// them), left to right, in place.
+Words antiAliased(int32_t w, int32_t h, Words px) {
+  auto level = [](uint32_t c) { return int32_t(((c & 0xFF) + (c >> 8 & 0xFF) + (c >> 16 & 0xFF)) / 3); };
+  for (int32_t y = h - 2; y >= 1; --y)
+    for (int32_t x = 1; x + 1 < w; ++x) {
+      const uint32_t own = px[size_t(y * w + x)];
+      uint32_t sum[3] = {};
+      for (int32_t dy = -1; dy <= 1; ++dy)
+        for (int32_t dx = -1; dx <= 1; ++dx) {
+          const uint32_t cell = px[size_t((y + dy) * w + x + dx)];
+          const uint32_t c = std::abs(level(cell) - level(own)) <= 50 ? own : cell;
+          for (int k = 0; k < 3; ++k) sum[k] += c >> (8 * k) & 0xFF;
+        }
+      px[size_t(y * w + x)] = word(uint8_t(sum[0] / 9), uint8_t(sum[1] / 9), uint8_t(sum[2] / 9));
+    }
+  return coloursOf(px);
+}
+
+// The walk with its kept rows of brightness gives the plain walk's colours
+// on pictures with edges everywhere (colours drawn from a few far-apart
+// levels, so cells fall on both sides of the band).
+TEST(DeviceContextAdjust, AntiAliasAsThePlainWalk) {
+  const OnBitmap aa = [](void* dc, void* bm) { return VexoAntiAlias(dc, bm); };
+  for (auto [w, h] : {std::pair{3, 3}, std::pair{37, 23}, std::pair{64, 5}}) {
+    Words pic = randomWords(size_t(w * h), uint32_t(w));
+    for (auto& c : pic) c = (c & 0x3F3F3F3Fu) + 0x40404040u * ((c >> 6) & 3);
+    EXPECT_EQ(after(w, h, pic, aa), antiAliased(w, h, pic)) << w << " x " << h;
+  }
 }
 
 // -1 for a bitmap GDI cannot describe, 0 and nothing written without memory
