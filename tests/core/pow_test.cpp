@@ -51,6 +51,22 @@ EFFECTS_TARGET_AVX2 size_t firstWrongProvenAvx2(const std::vector<float>& xs, co
   }
   return xs.size();
 }
+
+// The same for the AVX-512 kernels, eight lanes a step.
+EFFECTS_TARGET_AVX512 size_t firstWrongProvenAvx512(const std::vector<float>& xs, const std::vector<float>& want,
+                                                   double e) {
+  const __m512d ev = _mm512_set1_pd(e);
+  for (size_t i = 0; i + 8 <= xs.size(); i += 8) {
+    __mmask8 sure;
+    alignas(32) float out[8];
+    _mm256_store_ps(out, fastpow::detail::powerOf(fastpow::detail::exponentOf(_mm256_loadu_ps(&xs[i]), ev), sure));
+    for (size_t lane = 0; lane < 8; ++lane) {
+      const float x = xs[i + lane];
+      if ((sure >> lane & 1) && std::isnormal(x) && x > 0 && bitsOf(out[lane]) != bitsOf(want[i + lane])) return i + lane;
+    }
+  }
+  return xs.size();
+}
 #endif
 
 // Checks every float from `first` (as bits) to `last` in steps of `step`, a
@@ -88,6 +104,21 @@ void expectPow(uint32_t first, uint32_t last, uint32_t step, double e, Tally& ta
     for (size_t i = 0; i < copy.size(); ++i)
       for (int lane = 0; lane < 3; ++lane)
         ASSERT_EQ(bitsOf((&copy[i].blue)[lane]), bitsOf(want[3 * i + lane])) << "x " << (&px[i].blue)[lane];
+  }
+  if (cpu::avx512()) {
+    const size_t wrong = firstWrongProvenAvx512(xs, want, e);
+    ASSERT_EQ(wrong, xs.size()) << "x " << xs[wrong] << " e " << e;
+    // blocks of 64 pixels, groups of four and a ragged end
+    for (size_t n : {px.size(), px.size() > 67 ? size_t{67} : px.size()}) {
+      auto copy = px;
+      EXPECT_EQ(fastpow::powColoursAvx512(copy.data(), n, e), n);
+      for (size_t i = 0; i < copy.size(); ++i) {
+        for (int lane = 0; lane < 3; ++lane)
+          ASSERT_EQ(bitsOf((&copy[i].blue)[lane]), bitsOf(i < n ? want[3 * i + lane] : (&px[i].blue)[lane]))
+              << "x " << (&px[i].blue)[lane];
+        ASSERT_EQ(bitsOf(copy[i].mask), bitsOf(-7.0f));
+      }
+    }
   }
 #endif
   fastpow::powColours(px.data(), px.size(), e);
